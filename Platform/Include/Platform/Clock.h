@@ -1,0 +1,30 @@
+#ifndef PLATFORM_CLOCK_H
+#define PLATFORM_CLOCK_H
+
+#include <cstdint>
+
+namespace Platform {
+
+/// Milliseconds of working time since an unspecified start. Never runs backwards, ignores changes of the wall
+/// clock, stands still while the machine sleeps. Any thread. Cannot fail.
+std::uint64_t MonotonicMs() noexcept;
+
+/// The agent's tick count: milliseconds since the machine started, sleep included. Never runs backwards.
+std::uint64_t TickCountMs() noexcept;
+
+/// A fast, fine counter and its steps in a second. Never runs backwards. A frequency of 0: there is none.
+std::uint64_t PerformanceCounter() noexcept;
+std::uint64_t PerformanceFrequency() noexcept;
+
+/// Wall clock, milliseconds since 1970-01-01 UTC.
+std::uint64_t UnixTimeMs() noexcept;
+
+/// Broken-down local time.
+struct SLocalTime {
+    unsigned year, month, day, hour, minute, second, millisecond; ///< month and day from 1
+};
+SLocalTime LocalTime() noexcept;
+
+} // namespace Platform
+
+#endif

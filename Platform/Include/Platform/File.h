@@ -1,0 +1,50 @@
+#ifndef PLATFORM_FILE_H
+#define PLATFORM_FILE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "Platform/Error.h"
+#include "Platform/Handle.h"
+
+/// Files by path, in binary. Files opened here are not inherited by child processes.
+namespace Platform {
+
+using FileHandle = std::int64_t; ///< -1: none
+inline constexpr FileHandle NoFile = -1;
+
+enum class FileMode : std::uint8_t {
+    ReadExisting,    ///< others may read meanwhile
+    WriteOrCreate,   ///< others may read and write meanwhile; the position is at the start
+    CreateExclusive  ///< for writing; ErrorAlreadyExists when the file is there (the lock protocol relies on it)
+};
+
+/// New files are readable by their owner and the system's default for others; CreateExclusive: owner only.
+ErrorCode OpenFile(FileHandle & out, std::string const & path, FileMode mode) noexcept;
+void CloseFile(FileHandle file) noexcept;
+ErrorCode FileSize(FileHandle file, std::uint64_t & out) noexcept;
+ErrorCode SeekToEnd(FileHandle file) noexcept;
+/// Bytes moved; fewer than asked only at the end of the file or on an error, which `error` tells.
+std::size_t ReadFile(FileHandle file, void * data, std::size_t size, ErrorCode & error) noexcept;
+std::size_t WriteFile(FileHandle file, void const * data, std::size_t size, ErrorCode & error) noexcept;
+ErrorCode DeleteFile(std::string const & path) noexcept;
+/// Renames; an existing target is replaced in one step.
+ErrorCode MoveFile(std::string const & from, std::string const & to) noexcept;
+/// Readable and writable by the owner alone.
+ErrorCode MakePrivate(std::string const & path) noexcept;
+/// As fopen, not inherited by child processes. Null with the reason in LastError.
+std::FILE * OpenStream(std::string const & path, char const * mode) noexcept;
+ErrorCode CurrentDirectory(std::string & out);
+
+struct SFileTraits {
+    using Type = FileHandle;
+    static Type None() noexcept { return NoFile; }
+    static void Close(Type handle) noexcept { CloseFile(handle); }
+};
+using CFileHandle = THandle<SFileTraits>;
+
+} // namespace Platform
+
+#endif

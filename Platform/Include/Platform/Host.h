@@ -1,0 +1,36 @@
+#ifndef PLATFORM_HOST_H
+#define PLATFORM_HOST_H
+
+#include <cstdint>
+#include <string>
+
+#include "Platform/Error.h"
+
+namespace Platform {
+
+/// Short name of this host, cut to capacity - 1 bytes.
+ErrorCode ComputerName(std::string & out, std::uint32_t capacity);
+/// Host name and domain as the name service knows them.
+ErrorCode DnsName(std::string & host, std::string & domain);
+
+/// Directory of the system-wide files of the product: the system's own on Windows; KXRA_SYSTEM_DIRECTORY,
+/// default /etc/kestrix, on POSIX.
+ErrorCode SystemDirectory(std::string & out);
+/// The character between the parts of a path.
+char PathSeparator() noexcept;
+
+struct SOsVersion {
+    std::uint32_t major, minor, build;
+};
+/// The version that the system reports of itself. POSIX: the kernel's release.
+ErrorCode OsVersion(SOsVersion & out) noexcept;
+
+/// Processor architecture, with the platform's numbers: 0 x86, 6 Itanium, 9 x64, else another.
+std::uint32_t Architecture() noexcept;
+
+/// Whether the host has a firewall whose rules the agent manages (Windows only).
+bool HasManagedFirewall() noexcept;
+
+} // namespace Platform
+
+#endif

@@ -1,0 +1,56 @@
+#ifndef PLATFORM_MODULE_H
+#define PLATFORM_MODULE_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "Platform/Error.h"
+
+namespace Platform {
+
+/// Full path of the module (library or program) that holds the address.
+ErrorCode ModulePath(void const * addressInside, std::string & out);
+/// Full path of the running program.
+ErrorCode ProgramPath(std::string & out);
+
+/// The modules that are loaded in this process, at most 256: base name with extension, and the system's handle.
+ErrorCode LoadedModules(std::map<std::string, void *> & out);
+/// Raises the load count of a module that is loaded, for good. Returns the system's handle, or null.
+void * PinModule(char const * name) noexcept;
+/// Whether the process runs in a compatibility layer for programs of another word size.
+bool RunsInCompatibilityLayer() noexcept;
+
+/// Version block of a file: fixed numbers and texts by language. On Windows the version resource, on POSIX the
+/// section that kxra_version_block() of the build puts into an ELF file.
+
+/// Size of the block, or 0 with the reason in `error` (ErrorNotFound: no such file).
+std::uint32_t VersionBlockSize(std::string const & path, ErrorCode & error);
+/// Reads the block; `out` gets `size` bytes at most.
+ErrorCode ReadVersionBlock(std::string const & path, std::uint32_t size, std::string & out);
+/// Looks something up in a block, with the query syntax of the platform's version resources:
+/// "\\" the fixed file information (SFixedVersion), "\\VarFileInfo\\Translation" an array of 16-bit pairs
+/// (language, code page), "\\StringFileInfo\\LLLLCCCC\\Key" a text. `out` points into the block. False if absent.
+bool QueryVersionBlock(std::string const & block, char const * query, void const *& out, std::uint32_t & size) noexcept;
+
+/// The part of the fixed file information that is read here, as the platform publishes it.
+struct SFixedVersion {
+    std::uint32_t signature; ///< 0xFEEF04BD
+    std::uint32_t structVersion;
+    std::uint32_t fileVersionMS, fileVersionLS;
+    std::uint32_t productVersionMS, productVersionLS;
+    std::uint32_t fileFlagsMask, fileFlags, fileOS, fileType, fileSubtype;
+    std::uint32_t fileDateMS, fileDateLS;
+};
+
+/// Directory of the system's libraries, and the one for programs of the other word size; false where there is
+/// no such directory (POSIX: the second never exists).
+bool SystemLibraryDirectory(std::string & out);
+bool OtherWordSizeDirectory(std::string & out);
+/// File of the system's kernel interface, whose version block tells the true system version; false where
+/// there is none (POSIX).
+bool SystemVersionFile(std::string & out);
+
+} // namespace Platform
+
+#endif

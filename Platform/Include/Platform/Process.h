@@ -1,0 +1,43 @@
+#ifndef PLATFORM_PROCESS_H
+#define PLATFORM_PROCESS_H
+
+#include <cstdint>
+#include <string>
+
+#include "Platform/Error.h"
+#include "Platform/Handle.h"
+
+namespace Platform {
+
+std::uint32_t CurrentProcessId() noexcept;
+
+/// The ids of the processes that run, at most `capacity`; `count` gets their number.
+ErrorCode EnumProcesses(std::uint32_t * ids, std::uint32_t capacity, std::uint32_t & count) noexcept;
+
+struct SProcess;
+using ProcessHandle = SProcess *;
+/// Opens a process for reading its name; fails when it is gone or not readable by this process.
+ErrorCode OpenProcess(ProcessHandle & out, std::uint32_t id) noexcept;
+void CloseProcess(ProcessHandle process) noexcept;
+/// Whether the process has at least one module. POSIX: whether it has a program at all (kernel threads don't).
+ErrorCode HasModules(ProcessHandle process) noexcept;
+/// File name of the process's program, without its directory.
+ErrorCode ProcessName(ProcessHandle process, std::string & out);
+
+struct SProcessTraits {
+    using Type = ProcessHandle;
+    static Type None() noexcept { return nullptr; }
+    static void Close(Type handle) noexcept { CloseProcess(handle); }
+};
+using CProcessHandle = THandle<SProcessTraits>;
+
+/// Memory of this process in bytes; false where the system doesn't tell.
+bool MemoryUse(std::uint64_t & privateBytes, std::uint64_t & workingSet) noexcept;
+/// Open handles of this process (POSIX: descriptors); false where the system doesn't tell.
+bool HandleCount(std::uint32_t & count) noexcept;
+/// Number of the processor that runs the calling thread, counted over all groups; false where it isn't known.
+bool CurrentProcessor(std::uint32_t & number) noexcept;
+
+} // namespace Platform
+
+#endif

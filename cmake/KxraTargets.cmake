@@ -1,0 +1,46 @@
+# What every target of this project shares, and the functions that make targets.
+
+find_package(Threads REQUIRED)
+
+# Warnings are errors in our targets and never in a consumer's.
+add_library(kxra_warnings INTERFACE)
+target_compile_options(kxra_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+
+# What the library needs to be unloadable: no symbols that the loader must keep for good.
+add_library(kxra_options INTERFACE)
+target_compile_options(kxra_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+if(KXRA_SANITIZE)
+    target_compile_options(kxra_options INTERFACE -fsanitize=${KXRA_SANITIZE} -fno-omit-frame-pointer
+                                                  -fno-sanitize-recover=all)
+    target_link_options(kxra_options INTERFACE -fsanitize=${KXRA_SANITIZE})
+endif()
+
+# The half of Platform/ that fits the system.
+if(WIN32)
+    set(KXRA_SYSTEM Windows)
+else()
+    set(KXRA_SYSTEM Posix)
+endif()
+
+# kxra_target(name): the common settings for a library or program of ours.
+function(kxra_target name)
+    target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:kxra_warnings> $<BUILD_INTERFACE:kxra_options>)
+endfunction()
+
+# kxra_test(name SOURCES ... LIBRARIES ... [LABELS ...] [TIMEOUT seconds]): a program of GoogleTest cases,
+# each of which becomes a test. Tests labelled "slow" run with ./test --all only.
+function(kxra_test name)
+    cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 60)
+    endif()
+    add_executable(${name} ${arg_SOURCES})
+    kxra_target(${name})
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/Tests)
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
+    set(properties TIMEOUT ${arg_TIMEOUT})
+    if(arg_LABELS)
+        list(APPEND properties LABELS "${arg_LABELS}")
+    endif()
+    gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
+endfunction()
