@@ -22,9 +22,7 @@ ensure_packages() {
         as_root=(sudo)
     fi
     "${as_root[@]}" apt-get update -qq || echo "$0: the package lists could not be renewed; trying with the old ones" >&2
-    # No service of a freshly installed package is started: policy-rc.d would be the distribution's way, RUNLEVEL
-    # is the one that leaves no file behind.
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive RUNLEVEL=1 \
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
         apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
