@@ -1,0 +1,193 @@
+#include "Platform/NamedMutex.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <string>
+
+#include "Descriptor.h"
+#include "Mutex.h"
+#include "Platform/Clock.h"
+
+namespace Platform {
+
+namespace {
+
+constexpr std::size_t MaxNameBytes = 512;
+constexpr std::size_t MaxPlainBytes = 180; // of a file name, beside the prefix and a hash of the rest
+constexpr std::uint32_t RetryMs = 1;
+constexpr int OpenFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+
+/// One name in this process. Threads exclude each other by the inner mutex, which knows when an owner ended;
+/// processes by a lock on a file, which the system gives up for a process that ended.
+struct SShared {
+    std::string path;
+    CWaitableHandle inner;
+    CDescriptor file;
+    unsigned handles = 0;     // guarded by g_lock
+    SShared * next = nullptr; // guarded by g_lock
+};
+
+constinit std::mutex g_lock;
+constinit SShared * g_first = nullptr;
+
+std::uint64_t Hash(std::string_view text) noexcept
+{
+    std::uint64_t hash = 14695981039346656037u; // FNV-1a
+    for (const char c : text)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211u;
+    return hash;
+}
+
+/// The file that stands for a name, in the memory file system where there is one: that of a service with a
+/// private /tmp is the others' too.
+std::string PathFor(char const * name)
+{
+    const std::string_view used(name, ::strnlen(name, MaxNameBytes));
+    std::string file(used.substr(0, MaxPlainBytes));
+    std::replace(file.begin(), file.end(), '/', '_');
+    if (used.size() > MaxPlainBytes) file += "-" + std::to_string(Hash(used));
+    return (::access("/dev/shm", W_OK) == 0 ? "/dev/shm/kxra-mutex." : "/tmp/kxra-mutex.") + file;
+}
+
+/// Opens the file or makes it, for every user. Creating is exclusive: in a directory that all may write, the
+/// system refuses to open somebody else's file with O_CREAT.
+CDescriptor OpenLockFile(char const * path, ErrorCode & error) noexcept
+{
+    for (int attempt = 0; attempt < 16; ++attempt) {
+        CDescriptor file(BeyondStandardStreams(::open(path, OpenFlags)));
+        if (!file && errno == ENOENT) {
+            file.Reset(BeyondStandardStreams(::open(path, OpenFlags | O_CREAT | O_EXCL, 0666)));
+            if (file) ::fchmod(file.Get(), 0666); // whatever the umask is
+            if (!file && errno == EEXIST) continue;
+        }
+        struct stat status {};
+        if (!file || ::fstat(file.Get(), &status) != 0) {
+            error = LastErrno();
+            return CDescriptor();
+        }
+        error = S_ISREG(status.st_mode) ? Success : ErrorCode{EINVAL};
+        return error == Success ? std::move(file) : CDescriptor();
+    }
+    error = EBUSY;
+    return CDescriptor();
+}
+
+SShared * Find(std::string const & path) noexcept
+{
+    SShared * shared = g_first;
+    while (shared != nullptr && shared->path != path)
+        shared = shared->next;
+    return shared;
+}
+
+/// Called with g_lock held.
+ErrorCode NewShared(SShared *& out, std::string path)
+{
+    auto shared = std::make_unique<SShared>();
+    ErrorCode error = Success;
+    shared->file = OpenLockFile(path.c_str(), error);
+    if (error != Success) return error;
+    WaitHandle inner = nullptr;
+    error = NewMutex(inner, /*initialOwner=*/false);
+    if (error != Success) return error;
+    shared->inner.Reset(inner);
+    static_cast<SMutex *>(inner)->SetFileLock(shared->file.Get());
+    shared->path = std::move(path);
+    shared->next = g_first;
+    out = g_first = shared.release();
+    return Success;
+}
+
+/// Called with g_lock held.
+void Unlink(SShared const & shared) noexcept
+{
+    SShared ** link = &g_first;
+    while (*link != &shared)
+        link = &(*link)->next;
+    *link = shared.next;
+}
+
+bool LockFile(int file, std::uint32_t timeoutMs) noexcept
+{
+    const std::uint64_t start = MonotonicMs();
+    for (;;) {
+        if (::flock(file, LOCK_EX | LOCK_NB) == 0) return true;
+        if (errno != EWOULDBLOCK && errno != EINTR) return false;
+        if (timeoutMs != Infinite && MonotonicMs() - start >= timeoutMs) return false;
+        Sleep(RetryMs);
+    }
+}
+
+} // namespace
+
+struct SNamedMutex {
+    SShared * shared = nullptr;
+};
+
+ErrorCode NewNamedMutex(NamedMutexHandle & out, char const * name) noexcept
+try {
+    if (name == nullptr || *name == '\0') return EINVAL;
+    std::string path = PathFor(name);
+    auto handle = std::make_unique<SNamedMutex>();
+    const std::lock_guard lock(g_lock);
+    handle->shared = Find(path);
+    const ErrorCode error = handle->shared != nullptr ? Success : NewShared(handle->shared, std::move(path));
+    if (error != Success) return error;
+    ++handle->shared->handles;
+    out = handle.release();
+    return Success;
+} catch (std::bad_alloc const &) {
+    return ENOMEM;
+}
+
+bool TakeNamedMutex(NamedMutexHandle mutex, std::uint32_t timeoutMs) noexcept
+{
+    if (mutex == nullptr) return false;
+    SShared const & shared = *mutex->shared;
+    const std::uint64_t start = MonotonicMs();
+    // The owner itself has to wait as well, so it must not get in by recursion.
+    const auto & inner = static_cast<SMutex const &>(*shared.inner.Get());
+    if (inner.OwnedBy(ExistingThreadRecord())) {
+        Sleep(timeoutMs);
+        return false;
+    }
+    const WaitResult result = WaitForOne(shared.inner.Get(), timeoutMs, /*wakeable=*/false).result;
+    if (result != WaitResult::Signaled && result != WaitResult::Abandoned) return false;
+    const std::uint64_t spent = MonotonicMs() - start;
+    const std::uint32_t left = timeoutMs == Infinite
+                                   ? Infinite
+                                   : timeoutMs - static_cast<std::uint32_t>(std::min<std::uint64_t>(spent, timeoutMs));
+    if (LockFile(shared.file.Get(), left)) return true;
+    ReleaseMutex(shared.inner.Get());
+    return false;
+}
+
+void ReleaseNamedMutex(NamedMutexHandle mutex) noexcept
+{
+    if (mutex == nullptr) return;
+    SShared const & shared = *mutex->shared;
+    if (!static_cast<SMutex const &>(*shared.inner.Get()).OwnedBy(ExistingThreadRecord())) return;
+    ::flock(shared.file.Get(), LOCK_UN);
+    ReleaseMutex(shared.inner.Get());
+}
+
+void CloseNamedMutex(NamedMutexHandle mutex) noexcept
+{
+    if (mutex == nullptr) return;
+    SShared & shared = *mutex->shared;
+    delete mutex;
+    const std::lock_guard lock(g_lock);
+    if (--shared.handles != 0) return;
+    Unlink(shared);
+    delete &shared;
+}
+
+} // namespace Platform
