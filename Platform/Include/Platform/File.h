@@ -9,22 +9,24 @@
 #include "Platform/Error.h"
 #include "Platform/Handle.h"
 
-/// Files by path, in binary. Files opened here are not inherited by child processes.
+/// Files by path, in binary. Files opened here are not inherited by child processes. Directories and pipes are no
+/// files: opening one fails and never blocks. Any thread; one file's handle is for one thread at a time.
 namespace Platform {
 
 using FileHandle = std::int64_t; ///< -1: none
 inline constexpr FileHandle NoFile = -1;
 
 enum class FileMode : std::uint8_t {
-    ReadExisting,    ///< others may read meanwhile
-    WriteOrCreate,   ///< others may read and write meanwhile; the position is at the start
-    CreateExclusive  ///< for writing; ErrorAlreadyExists when the file is there (the lock protocol relies on it)
+    ReadExisting,   ///< others may read meanwhile
+    WriteOrCreate,  ///< others may read and write meanwhile; the position is at the start
+    CreateExclusive ///< for writing; ErrorAlreadyExists when the file is there (the lock protocol relies on it)
 };
 
 /// New files are readable by their owner and the system's default for others; CreateExclusive: owner only.
 ErrorCode OpenFile(FileHandle & out, std::string const & path, FileMode mode) noexcept;
 void CloseFile(FileHandle file) noexcept;
 ErrorCode FileSize(FileHandle file, std::uint64_t & out) noexcept;
+ErrorCode SeekTo(FileHandle file, std::uint64_t offset) noexcept;
 ErrorCode SeekToEnd(FileHandle file) noexcept;
 /// Bytes moved; fewer than asked only at the end of the file or on an error, which `error` tells.
 std::size_t ReadFile(FileHandle file, void * data, std::size_t size, ErrorCode & error) noexcept;

@@ -9,10 +9,13 @@
 
 /// The configuration store of the machine (HKEY_LOCAL_MACHINE).
 ///
-/// POSIX: one text file in the registry editor's export format, named by KXRA_REGISTRY, default
-/// /etc/kestrix/registry.reg. A missing file is an empty registry; a line that can't be read is reported once
-/// with its number on standard error and passed over; a changed file is seen at the next open. Keys and value
-/// names compare without regard to case. Any thread.
+/// POSIX: one text file in the registry editor's export format ("Windows Registry Editor Version 5.00"), named by
+/// KXRA_REGISTRY, default /etc/kestrix/registry.reg; UTF-8 with or without a byte order mark, or UTF-16LE with one.
+/// A missing file is an empty registry; a line that can't be read is reported once with file, number and reason on
+/// standard error and passed over; a changed file is seen at the next Open. Keys and value names compare without
+/// regard to case (of ASCII and Latin-1 letters). Both views show the same data, and nothing is ever written, so
+/// full access is granted to whoever may read. Texts are UTF-8. One object, one thread at a time; objects are
+/// independent of each other.
 namespace Platform {
 
 enum class RegistryView : std::uint8_t { Default, View64, View32 };
@@ -41,12 +44,13 @@ public:
     CRegistryKey(CRegistryKey && other) noexcept;
     CRegistryKey & operator=(CRegistryKey && other) noexcept;
 
-    /// path: below HKEY_LOCAL_MACHINE, parts separated by backslashes. Closes what was open before.
-    /// ErrorNotFound when there is no such key.
+    /// path: below HKEY_LOCAL_MACHINE, parts separated by backslashes, one behind the last part is allowed. Closes
+    /// what was open before. ErrorNotFound when there is no such key, ErrorAccessDenied when it may not be read.
+    /// What an open key shows stays as it was at Open. A key exists when it or one below it was ever named.
     ErrorCode Open(std::string const & path, RegistryView view, RegistryAccess access);
     void Close() noexcept;
     bool IsOpen() const noexcept;
-    /// ErrorNotFound when there is no such value.
+    /// name: empty for the key's default value. ErrorNotFound when there is no such value, or the key isn't open.
     ErrorCode Query(std::string const & name, SRegistryValue & out) const;
     /// Values by index from 0 in the store's order; ErrorNotFound behind the last.
     ErrorCode EnumValue(std::uint32_t index, std::string & name, SRegistryValue & out) const;
