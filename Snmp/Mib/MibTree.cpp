@@ -1,0 +1,477 @@
+#include "Snmp/Mib/MibTree.h"
+
+#include <array>
+#include <cstring>
+
+#include "Snmp/Host/Debug.h"
+#include "Snmp/Mib/MibTreeLock.h"
+#include "Snmp/Mib/OidText.h"
+
+namespace {
+
+bool IsReadWrite(std::uint32_t access) noexcept
+{
+    return (access & 0xFFu) == static_cast<std::uint32_t>(MibAccess::ReadWrite);
+}
+
+char const * Printable(char const * text) noexcept
+{
+    return text != nullptr ? text : "";
+}
+
+bool IsNumber(std::uint32_t type) noexcept
+{
+    return type == ASN_INTEGER || type == ASN_COUNTER32 || type == ASN_GAUGE32 || type == ASN_TIMETICKS ||
+           type == ASN_UINTEGER32;
+}
+
+AsnAny NullValue() noexcept
+{
+    AsnAny value{};
+    value.asnType = ASN_NULL;
+    return value;
+}
+
+void TraceDelete(AsnObjectIdentifier const & oid) noexcept
+try {
+    std::string text;
+    CDebug::Trace(5, "\nCSnmpMibTree        :   delete object with OID %s...", OidToStr(text, &oid));
+} catch (...) {
+    // Out of memory: the line is lost.
+}
+
+} // namespace
+
+struct CMibTree::SCallbacks {
+    MibCallback getFunc;
+    MibCallback setFunc;
+    MibCallback getSetFunc;
+    MibCallback checkGetFunc;
+
+    bool AnySet() const noexcept
+    {
+        return getFunc.IsSet() || setFunc.IsSet() || getSetFunc.IsSet() || checkGetFunc.IsSet();
+    }
+    void StoreIn(MibEntry & entry) const noexcept
+    {
+        entry.GetFunc = getFunc;
+        entry.SetFunc = setFunc;
+        entry.GetSetFunc = getSetFunc;
+        entry.CheckGetFunc = checkGetFunc;
+    }
+};
+
+/// The rows' indexes, as an insert gets them.
+struct CMibTree::SIndexes {
+    std::uint32_t index1;
+    std::uint32_t index2;
+    std::uint32_t index3;
+    std::uint32_t index4;
+    std::uint32_t index5;
+};
+
+/// What an insert makes, by its line in the trace.
+enum class CMibTree::EKind : std::uint8_t { Scalar, Cell };
+
+/// The OID of an insert.
+class CMibTree::CColumn {
+public:
+    explicit CColumn(char const * text) : m_parsed(m_buffer.Parse(text)) {}
+    CColumn(CMibTree & tree, char const * text, SIndexes const & indexes) : CColumn(text)
+    {
+        if (!m_parsed) return;
+        if (tree.m_access.appendsIndexes(tree)) {
+            Append(indexes);
+        } else {
+            AsnObjectIdentifier oid = m_buffer.Oid();
+            OverwriteOidIndexes(&oid, indexes.index1, indexes.index2, indexes.index3, indexes.index4, indexes.index5);
+        }
+    }
+    CColumn(char const * text, char const * index, std::uint32_t extraIndex) : CColumn(text)
+    {
+        if (!m_parsed) return;
+        m_buffer.AppendString(index);
+        if (extraIndex != kNoOidIndex) m_buffer.Append(extraIndex);
+    }
+
+    AsnObjectIdentifier Oid() noexcept { return m_buffer.Oid(); }
+
+private:
+    void Append(SIndexes const & indexes)
+    {
+        for (const std::uint32_t index :
+             {indexes.index1, indexes.index2, indexes.index3, indexes.index4, indexes.index5}) {
+            if (index == kNoOidIndex) return;
+            m_buffer.Append(index);
+        }
+    }
+
+    COidBuffer m_buffer;
+    bool m_parsed;
+};
+
+CMibTree::CMibTree(SAgentAccess const & access) noexcept : m_access(access) {}
+
+CMibTree::~CMibTree()
+{
+    MibClear();
+    if (m_treeLock.IsHeld()) m_treeLock.Leave();
+}
+
+// Constants
+
+/// oid, value: read only, and nothing in them is owned.
+void CMibTree::InsertConstant(EKind kind, char const * name, AsnObjectIdentifier const & oid, AsnAny const & value,
+                              std::uint32_t access)
+{
+    RFC1157VarBind binding{};
+    binding.name = oid;
+    binding.value = value;
+    if (CDebug::Enabled()) {
+        std::string text;
+        VarBindToText(text, &binding);
+        if (kind == EKind::Scalar) {
+            CDebug::Trace(1, "\n## Const MIB entry  : %-30s%s %s", Printable(name),
+                          IsReadWrite(access) ? " (RW) -" : " -", text.c_str());
+        } else {
+            CDebug::Trace(1, "\n## Const table entry: %-30s - %s", Printable(name), text.c_str());
+        }
+    }
+    MibInsertEntry(&binding, name, access, {}, {}, {}, {}, nullptr);
+}
+
+void CMibTree::InsertText(EKind kind, char const * name, AsnObjectIdentifier const & oid, char const * value,
+                          std::uint32_t type, std::uint32_t access)
+{
+    if (oid.idLength == 0) {
+        InsertConstant(kind, name, oid, NullValue(), access);
+    } else if (type == ASN_OCTETSTRING && value != nullptr && *value != '\0') {
+        // The store copies the bytes itself; so there is no need for a copy of them on the way.
+        AsnAny octets{};
+        octets.asnType = ASN_OCTETSTRING;
+        octets.asnValue.string.stream = reinterpret_cast<std::uint8_t *>(const_cast<char *>(value));
+        octets.asnValue.string.length = static_cast<std::uint32_t>(std::strlen(value));
+        InsertConstant(kind, name, oid, octets, access);
+    } else {
+        CVarBind binding;
+        SetVarBindFromText(binding.Get(), value, type);
+        InsertConstant(kind, name, oid, binding->value, access);
+    }
+}
+
+void CMibTree::InsertNumber(EKind kind, char const * name, AsnObjectIdentifier const & oid, std::uint32_t value,
+                            std::uint32_t type, std::uint32_t access)
+{
+    if (oid.idLength == 0) {
+        InsertConstant(kind, name, oid, NullValue(), access);
+    } else if (IsNumber(type)) {
+        AsnAny number{};
+        number.asnType = static_cast<std::uint8_t>(type);
+        number.asnValue.unsigned32 = value;
+        InsertConstant(kind, name, oid, number, access);
+    } else {
+        CVarBind binding;
+        SetVarBindNumber(binding.Get(), value, type);
+        InsertConstant(kind, name, oid, binding->value, access);
+    }
+}
+
+void CMibTree::MibInsertConstOid(char const * oid, char const * name, char const * value, std::uint32_t type,
+                                 std::uint32_t access)
+{
+    InsertText(EKind::Scalar, name, CColumn(oid).Oid(), value, type, access);
+}
+
+void CMibTree::MibInsertConstOid(char const * oid, char const * name, std::uint32_t value, std::uint32_t type,
+                                 std::uint32_t access)
+{
+    InsertNumber(EKind::Scalar, name, CColumn(oid).Oid(), value, type, access);
+}
+
+void CMibTree::MibInsertConstStringIndexOid(char const * oid, char const * name, char const * value, std::uint32_t type,
+                                            char const * index, std::uint32_t extraIndex)
+{
+    InsertText(EKind::Cell, name, CColumn(oid, index, extraIndex).Oid(), value, type, 0);
+}
+
+void CMibTree::MibInsertConstStringIndexOid(char const * oid, char const * name, std::uint32_t value,
+                                            std::uint32_t type, char const * index, std::uint32_t extraIndex)
+{
+    InsertNumber(EKind::Cell, name, CColumn(oid, index, extraIndex).Oid(), value, type, 0);
+}
+
+void CMibTree::MibInsertConstTableOid(char const * oid, char const * name, char const * value, std::uint32_t type,
+                                      std::uint32_t index1, std::uint32_t index2, std::uint32_t index3,
+                                      std::uint32_t index4, std::uint32_t index5)
+{
+    CColumn column(*this, oid, {index1, index2, index3, index4, index5});
+    InsertText(EKind::Cell, name, column.Oid(), value, type, 0);
+}
+
+void CMibTree::MibInsertConstTableOid(char const * oid, char const * name, std::uint32_t value, std::uint32_t type,
+                                      std::uint32_t index1, std::uint32_t index2, std::uint32_t index3,
+                                      std::uint32_t index4, std::uint32_t index5)
+{
+    CColumn column(*this, oid, {index1, index2, index3, index4, index5});
+    InsertNumber(EKind::Cell, name, column.Oid(), value, type, 0);
+}
+
+void CMibTree::MibInsertConstTableOid(char const * oid, char const * name, std::uint8_t const * bytes,
+                                      std::uint32_t count, std::uint32_t type, std::uint32_t index1,
+                                      std::uint32_t index2, std::uint32_t index3, std::uint32_t index4,
+                                      std::uint32_t index5)
+{
+    CColumn column(*this, oid, {index1, index2, index3, index4, index5});
+    CVarBind binding;
+    if (column.Oid().idLength != 0) SetVarBindOctets(binding.Get(), bytes, count, type);
+    InsertConstant(EKind::Cell, name, column.Oid(), binding->value, 0);
+}
+
+// Variables
+
+void CMibTree::MibInsertVarOid(char const * oid, char const * name, std::uint32_t type, MibCallback getFunc,
+                               MibCallback setFunc, MibCallback getSetFunc, MibCallback checkGetFunc,
+                               std::uint32_t access, void * context)
+{
+    CColumn column(oid);
+    RFC1157VarBind binding{};
+    binding.name = column.Oid();
+    binding.value.asnType = static_cast<std::uint8_t>(type);
+    if (CDebug::Enabled()) {
+        std::string text;
+        CDebug::Trace(1, "\n## Var MIB entry    : %-30s - %s", Printable(name), VarBindToText(text, &binding));
+    }
+    MibInsertEntry(&binding, name, access, getFunc, setFunc, getSetFunc, checkGetFunc, context);
+}
+
+void CMibTree::MibInsertVarOidEx(char const * oid, char const * name, std::uint32_t type,
+                                 MibCallback getSetChecksetFuncEx, void * context)
+{
+    CColumn column(oid);
+    const AsnObjectIdentifier key = column.Oid();
+    if (CDebug::Enabled()) {
+        std::string text;
+        CDebug::Trace(1, "\n## Var MIB entry    : %-30s - Oid=%s", Printable(name), OidToStr(text, &key));
+    }
+    MibInsertEntryEx(&key, name, getSetChecksetFuncEx, type, context, 0);
+}
+
+namespace {
+
+/// A writable cell is marked as a writable scalar is.
+void TraceCell(char const * name, AsnObjectIdentifier const & oid, std::uint32_t access)
+{
+    if (!CDebug::Enabled()) return;
+    std::string text;
+    CDebug::Trace(1, "\n## Var table entry  : %-30s%s Oid=%s", Printable(name), IsReadWrite(access) ? " (RW) -" : " -",
+                  OidToStr(text, &oid));
+}
+
+} // namespace
+
+void CMibTree::MibInsertVarStringIndexOid(char const * oid, char const * name, std::uint32_t /*type*/,
+                                          MibCallback getFunc, MibCallback setFunc, MibCallback getSetFunc,
+                                          MibCallback checkGetFunc, std::uint32_t access, char const * index)
+{
+    CColumn column(oid, index, kNoOidIndex);
+    const AsnObjectIdentifier key = column.Oid();
+    if (CDebug::Enabled()) {
+        std::string text;
+        CDebug::Trace(1, "\n## Var table entry:   %-30s - Oid=%s", Printable(name), OidToStr(text, &key));
+    }
+    const CLock lock(m_treeLock);
+    MibEntry & entry = StoreVariable(key, name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
+    m_objects.BorrowContext(entry, nullptr);
+}
+
+void CMibTree::MibInsertVarTableOid(char const * oid, char const * name, std::uint32_t type, MibCallback getFunc,
+                                    MibCallback setFunc, MibCallback getSetFunc, MibCallback checkGetFunc,
+                                    std::uint32_t access, std::uint32_t index1, std::uint32_t index2,
+                                    std::uint32_t index3, std::uint32_t index4, std::uint32_t index5)
+{
+    MibInsertVarTableOid(oid, name, type, getFunc, setFunc, getSetFunc, checkGetFunc, access, nullptr, index1, index2,
+                         index3, index4, index5);
+}
+
+void CMibTree::MibInsertVarTableOid(char const * oid, char const * name, std::uint32_t /*type*/, MibCallback getFunc,
+                                    MibCallback setFunc, MibCallback getSetFunc, MibCallback checkGetFunc,
+                                    std::uint32_t access, void * context, std::uint32_t index1, std::uint32_t index2,
+                                    std::uint32_t index3, std::uint32_t index4, std::uint32_t index5)
+{
+    CColumn column(*this, oid, {index1, index2, index3, index4, index5});
+    TraceCell(name, column.Oid(), access);
+    const CLock lock(m_treeLock);
+    MibEntry & entry = StoreVariable(column.Oid(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
+    m_objects.BorrowContext(entry, context);
+}
+
+void CMibTree::MibInsertOidWithStringContext(char const * oid, char const * name, std::uint32_t /*type*/,
+                                             MibCallback getFunc, MibCallback setFunc, MibCallback getSetFunc,
+                                             MibCallback checkGetFunc, std::uint32_t access, char const * context,
+                                             std::uint32_t index1, std::uint32_t index2, std::uint32_t index3,
+                                             std::uint32_t index4, std::uint32_t index5)
+{
+    CColumn column(*this, oid, {index1, index2, index3, index4, index5});
+    TraceCell(name, column.Oid(), access);
+    if (CDebug::Enabled()) {
+        CDebug::Trace(4, "\nCSnmpMibTree        : MibInsertOidWithStringContext: Context string: \"%s\"",
+                      Printable(context));
+    }
+    const CLock lock(m_treeLock);
+    MibEntry & entry = StoreVariable(column.Oid(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
+    if (context != nullptr) {
+        m_objects.OwnContext(entry, context, std::strlen(context) + 1);
+    } else {
+        m_objects.BorrowContext(entry, nullptr);
+    }
+}
+
+void CMibTree::MibInsertVarTableOidEx(char const * oid, char const * name, std::uint32_t type,
+                                      MibCallback getSetChecksetFuncEx, std::uint32_t index1, std::uint32_t index2,
+                                      std::uint32_t index3, std::uint32_t index4, std::uint32_t index5)
+{
+    MibInsertVarTableOidEx(oid, name, type, getSetChecksetFuncEx, nullptr, index1, index2, index3, index4, index5);
+}
+
+void CMibTree::MibInsertVarTableOidEx(char const * oid, char const * name, std::uint32_t type,
+                                      MibCallback getSetChecksetFuncEx, void * context, std::uint32_t index1,
+                                      std::uint32_t index2, std::uint32_t index3, std::uint32_t index4,
+                                      std::uint32_t index5)
+{
+    CColumn column(*this, oid, {index1, index2, index3, index4, index5});
+    const AsnObjectIdentifier key = column.Oid();
+    TraceCell(name, key, 0);
+    MibInsertEntryEx(&key, name, getSetChecksetFuncEx, type, context, 0);
+}
+
+// The store
+
+void CMibTree::MibInsertEntry(RFC1157VarBind const * varbind, char const * name, std::uint32_t access,
+                              MibCallback getFunc, MibCallback setFunc, MibCallback getSetFunc,
+                              MibCallback checkGetFunc, void * context)
+{
+    if (varbind == nullptr) return;
+    const SCallbacks callbacks{getFunc, setFunc, getSetFunc, checkGetFunc};
+    const bool compact =
+        !callbacks.AnySet() && context == nullptr && !IsReadWrite(access) && CMibStore::IsCompact(varbind->value);
+    const SOidView key(varbind->name);
+
+    const CLock lock(m_treeLock);
+    if (compact && m_objects.PutConstant(key, name, varbind->value)) return;
+    MibEntry & entry = StoreVariable(varbind->name, name, callbacks, access);
+    m_objects.BorrowContext(entry, context);
+    entry.SetBinding(*varbind);
+}
+
+void CMibTree::MibInsertEntryEx(AsnObjectIdentifier const * oid, char const * name, MibCallback callback,
+                                std::uint32_t type, void * context, std::uint32_t access)
+{
+    if (oid == nullptr) return;
+    const CLock lock(m_treeLock);
+    MibEntry & entry = m_objects.PutObject(SOidView(*oid));
+    if (name != nullptr) entry.name = name;
+    entry.SetOid(*oid);
+    entry.access = access & 0xFFu;
+    entry.type = type;
+    entry.GetSetChecksetFuncEx = callback;
+    m_objects.BorrowContext(entry, context);
+}
+
+/// Under the lock. The context is left to the caller.
+MibEntry & CMibTree::StoreVariable(AsnObjectIdentifier const & oid, char const * name, SCallbacks const & callbacks,
+                                   std::uint32_t access)
+{
+    MibEntry & entry = m_objects.PutObject(SOidView(oid));
+    if (name != nullptr) entry.name = name;
+    entry.SetOid(oid);
+    entry.access = access & 0xFFu;
+    callbacks.StoreIn(entry);
+    return entry;
+}
+
+void CMibTree::MibClear()
+{
+    const CLock lock(m_treeLock);
+    m_objects.Clear();
+}
+
+std::uint64_t CMibTree::MibSize()
+{
+    const CLock lock(m_treeLock);
+    return m_objects.Size();
+}
+
+void CMibTree::ApplyOidIndexes(AsnObjectIdentifier * oid, std::uint32_t index1, std::uint32_t index2,
+                               std::uint32_t index3, std::uint32_t index4, std::uint32_t index5)
+{
+    const auto apply = m_access.appendsIndexes(*this) ? &AppendOidIndexes : &OverwriteOidIndexes;
+    apply(oid, index1, index2, index3, index4, index5);
+}
+
+namespace {
+
+/// The indexes that a delete asks for, the one of the last arc first.
+class CTailFilter {
+public:
+    explicit CTailFilter(std::array<std::uint32_t, 5> const & indexes) noexcept : m_indexes(indexes) {}
+
+    bool IsActive() const noexcept
+    {
+        return std::any_of(m_indexes.begin(), m_indexes.end(),
+                           [](std::uint32_t index) { return index != kNoOidIndex; });
+    }
+    bool Fits(SOidView oid) const noexcept
+    {
+        for (std::uint32_t i = 0; i < m_indexes.size(); ++i) {
+            const std::uint32_t arc = i < oid.length ? oid.arcs[oid.length - 1 - i] : 0;
+            if (m_indexes[i] != kNoOidIndex && m_indexes[i] != arc) return false;
+        }
+        return true;
+    }
+
+private:
+    std::array<std::uint32_t, 5> m_indexes;
+};
+
+} // namespace
+
+std::uint32_t CMibTree::MibDeleteOids(AsnObjectIdentifier const * rootOid, std::uint32_t index1, std::uint32_t index2,
+                                      std::uint32_t index3, std::uint32_t index4, std::uint32_t index5)
+{
+    if (rootOid == nullptr) return 0;
+    const SOidView root(*rootOid);
+    const CTailFilter filter({index1, index2, index3, index4, index5});
+    const bool filters = filter.IsActive();
+    if (CDebug::Enabled()) {
+        std::string text;
+        CDebug::Trace(3, "\nCSnmpMibTree        : Delete all objects under root OID %s", OidToStr(text, rootOid));
+        if (filters) {
+            CDebug::Trace(5,
+                          "\nCSnmpMibTree        :   filters active: index1=%d, index2=%d, index3=%d, index4=%d, "
+                          "index5=%d",
+                          static_cast<int>(index1), static_cast<int>(index2), static_cast<int>(index3),
+                          static_cast<int>(index4), static_cast<int>(index5));
+        }
+    }
+
+    // An object goes by the OID in its binding, which a commit may have changed.
+    const auto decide = [&](SMibCell const & cell) noexcept {
+        const SOidView oid = cell.IsObject() ? SOidView(cell.object->entry.varbind.name) : cell.Key();
+        if (!IsBelow(oid, root)) return CMibStore::EVerdict::Stop;
+        if (CDebug::Enabled()) TraceDelete(oid.Oid());
+        if (!filters || filter.Fits(oid)) return CMibStore::EVerdict::Erase;
+        if (CDebug::Enabled()) {
+            CDebug::Trace(5, "\nCSnmpMibTree        :   -> object not deleted (one of the indexes not matching)");
+        }
+        return CMibStore::EVerdict::Keep;
+    };
+    std::uint32_t deleted = 0;
+    {
+        const CLock lock(m_treeLock);
+        deleted = m_objects.EraseFrom(root, decide);
+    }
+    if (CDebug::Enabled()) {
+        CDebug::Trace(3, "\nCSnmpMibTree        : %d object(s) deleted", static_cast<int>(deleted));
+    }
+    return deleted;
+}
