@@ -1,50 +1,30 @@
 #ifndef TESTS_FAKE_DEBUG_H
 #define TESTS_FAKE_DEBUG_H
 
-#include <ostream>
 #include <string>
 #include <vector>
 
-/// The trace of a test program in the place of the real one: link Tests/Fake/Debug.cpp into the program. It is
-/// off and empty at first. Any thread.
-namespace FakeDebug {
+/// A CDebug that keeps its lines in memory instead of writing them. A test program that lists Tests/Fake/Debug.cpp
+/// among its sources gets it in place of the real one. Any thread.
+namespace Fake {
 
-struct SLine {
+struct STraceLine {
     unsigned level;
     std::string text;
 
-    bool operator==(SLine const & other) const = default;
+    bool operator==(STraceLine const &) const = default;
 };
 
-inline std::ostream & operator<<(std::ostream & out, SLine const & line)
-{
-    return out << '{' << line.level << ", \"" << line.text << "\"}";
-}
+/// What CDebug::Enabled() says from now on; off at the start. CDebug::Init doesn't change it.
+void EnableTrace(bool enabled);
 
-/// Switches the trace, as CDebug::Enabled() tells it.
-void Enable(bool enabled);
-/// Takes all lines out, in the order in which they came. Those above `highestLevel` are dropped.
-std::vector<SLine> Take(unsigned highestLevel = 5);
-/// The texts of all lines of one level, without taking them out.
-std::vector<std::string> Texts(unsigned level);
+/// The lines of all threads since the last ClearTrace, in order.
+std::vector<STraceLine> TraceLines();
+void ClearTrace();
 
-/// Records for a scope: empty at its start, off and empty at its end.
-class CRecording {
-public:
-    CRecording()
-    {
-        Take();
-        Enable(true);
-    }
-    ~CRecording()
-    {
-        Enable(false);
-        Take();
-    }
-    CRecording(CRecording const &) = delete;
-    CRecording & operator=(CRecording const &) = delete;
-};
+/// The last call of CDebug::Init: the application name, with " (banner)" behind it if a banner was asked for.
+std::string LastTraceInit();
 
-} // namespace FakeDebug
+} // namespace Fake
 
 #endif
