@@ -1,0 +1,197 @@
+"""The SMI module KESTRIX-RAID-MIB: valid, complete, and understood by the tools that administrators have."""
+import os
+import re
+import subprocess
+import tempfile
+import unittest
+
+MIB_FOLDER = os.environ["KXRA_MIB_FOLDER"]
+SMI_FOLDER = os.environ["KXRA_SMI_FOLDER"]
+MODULE = os.path.join(MIB_FOLDER, "KESTRIX-RAID-MIB.txt")
+ROOT = ".1.3.6.1.4.1.88417.2.49"
+
+# Every object: name, arc below the root, whether it is an integer.
+OBJECTS = [
+    ("kxrAgentId", "1.1.1", False),
+    ("kxrAgentCompany", "1.1.2", False),
+    ("kxrAgentVersion", "1.1.3", False),
+    ("kxrAgentBuild", "1.1.4", False),
+    ("kxrStatusLogicalDrives", "1.3.1", True),
+    ("kxrStatusPhysicalDevices", "1.3.2", True),
+    ("kxrStatusControllers", "1.3.3", True),
+    ("kxrStatusOverall", "1.3.4", True),
+    ("kxrNumberRaidControllers", "1.4.1", True),
+    ("kxrCtrlNr", "1.4.2.1.1", True),
+    ("kxrCtrlModelName", "1.4.2.1.2", False),
+    ("kxrCtrlManufacturerName", "1.4.2.1.3", False),
+    ("kxrCtrlBusLocation", "1.4.2.1.4", False),
+    ("kxrCtrlBusLocationText", "1.4.2.1.5", False),
+    ("kxrCtrlHardwareRevision", "1.4.2.1.6", False),
+    ("kxrCtrlFirmwareRevision", "1.4.2.1.7", False),
+    ("kxrCtrlBiosRevision", "1.4.2.1.8", False),
+    ("kxrCtrlNumberChannels", "1.4.2.1.9", True),
+    ("kxrCtrlMaxChannelInUse", "1.4.2.1.10", True),
+    ("kxrCtrlNumberPhysDisks", "1.4.2.1.11", True),
+    ("kxrCtrlNumberLogicalDrives", "1.4.2.1.12", True),
+    ("kxrCtrlCacheSize", "1.4.2.1.13", True),
+    ("kxrCtrlBBUStatus", "1.4.2.1.14", True),
+    ("kxrCtrlStatus", "1.4.2.1.15", True),
+    ("kxrCtrlInterface", "1.4.2.1.16", True),
+    ("kxrCtrlBusLocationBus", "1.4.2.1.17", True),
+    ("kxrCtrlBusLocationDevice", "1.4.2.1.18", True),
+    ("kxrCtrlBusLocationFunction", "1.4.2.1.19", True),
+    ("kxrCtrlBusLocationSlot", "1.4.2.1.20", True),
+    ("kxrCtrlSerialNo", "1.4.2.1.21", False),
+    ("kxrCtrlDriverName", "1.4.2.1.22", False),
+    ("kxrCtrlDriverRevision", "1.4.2.1.23", False),
+    ("kxrCtrlBBUStatusEx", "1.4.2.1.24", True),
+    ("kxrCtrlDisplayName", "1.4.2.1.25", False),
+    ("kxrCtrlHostName", "1.4.2.1.26", False),
+    ("kxrCtrlUEFIDriverRevision", "1.4.2.1.27", False),
+    ("kxrCtrlBusLocationSegment", "1.4.2.1.28", True),
+    ("kxrNumberPhysicalDevices", "1.5.1", True),
+    ("kxrPhysicalDeviceCtrlNr", "1.5.2.1.1", True),
+    ("kxrPhysicalDeviceChannel", "1.5.2.1.2", True),
+    ("kxrPhysicalDeviceTarget", "1.5.2.1.3", True),
+    ("kxrPhysicalDeviceLUN", "1.5.2.1.4", True),
+    ("kxrPhysicalDeviceModelName", "1.5.2.1.5", False),
+    ("kxrPhysicalDeviceVendorName", "1.5.2.1.6", False),
+    ("kxrPhysicalDeviceCapacity", "1.5.2.1.7", True),
+    ("kxrPhysicalDeviceMaxTransferRate", "1.5.2.1.8", True),
+    ("kxrPhysicalDeviceType", "1.5.2.1.9", True),
+    ("kxrPhysicalDeviceConfiguredDisk", "1.5.2.1.10", True),
+    ("kxrPhysicalDeviceInterface", "1.5.2.1.11", True),
+    ("kxrPhysicalDeviceErrors", "1.5.2.1.12", True),
+    ("kxrPhysicalDeviceNrBadBlocks", "1.5.2.1.13", True),
+    ("kxrPhysicalDeviceSmartStatus", "1.5.2.1.14", True),
+    ("kxrPhysicalDeviceStatus", "1.5.2.1.15", True),
+    ("kxrPhysicalDeviceFirmwareRevision", "1.5.2.1.16", False),
+    ("kxrPhysicalDeviceSerialNumber", "1.5.2.1.17", False),
+    ("kxrPhysicalDeviceForeignConfig", "1.5.2.1.18", True),
+    ("kxrPhysicalDeviceIdx", "1.5.2.1.19", True),
+    ("kxrPhysicalDeviceStatusEx", "1.5.2.1.20", True),
+    ("kxrPhysicalDeviceCapacityMB", "1.5.2.1.21", True),
+    ("kxrPhysicalDeviceEnclosureNumber", "1.5.2.1.22", True),
+    ("kxrPhysicalDeviceSlot", "1.5.2.1.23", True),
+    ("kxrPhysicalDeviceDisplayName", "1.5.2.1.24", False),
+    ("kxrPhysicalDevicePowerStatus", "1.5.2.1.25", True),
+    ("kxrPhysicalDeviceMediaType", "1.5.2.1.26", True),
+    ("kxrPhysicalDeviceSSDPowerOnHours", "1.5.2.1.27", True),
+    ("kxrPhysicalDeviceSSDRatedWriteEndurance", "1.5.2.1.28", True),
+    ("kxrPhysicalDeviceSSDRemainingReservedSpace", "1.5.2.1.29", True),
+    ("kxrPhysicalDeviceSSDEstimatedLifetime", "1.5.2.1.30", False),
+    ("kxrPhysicalDeviceSSDTotalDataWritten", "1.5.2.1.31", False),
+    ("kxrNumberLogicalDrives", "1.6.1", True),
+    ("kxrLogicalDriveCtrlNr", "1.6.2.1.1", True),
+    ("kxrLogicalDriveNr", "1.6.2.1.2", True),
+    ("kxrLogicalDriveArraySize", "1.6.2.1.3", True),
+    ("kxrLogicalDriveTotalSize", "1.6.2.1.4", True),
+    ("kxrLogicalDriveRaidLevel", "1.6.2.1.5", True),
+    ("kxrLogicalDriveRaidLevelStr", "1.6.2.1.6", False),
+    ("kxrLogicalDriveStripeSize", "1.6.2.1.7", True),
+    ("kxrLogicalDriveWriteMode", "1.6.2.1.8", True),
+    ("kxrLogicalDriveProgress", "1.6.2.1.9", True),
+    ("kxrLogicalDriveStatus", "1.6.2.1.10", True),
+    ("kxrLogicalDriveName", "1.6.2.1.11", False),
+    ("kxrLogicalDriveArraySizeMB", "1.6.2.1.12", True),
+    ("kxrLogicalDriveTotalSizeMB", "1.6.2.1.13", True),
+    ("kxrLogicalDriveOSDeviceName", "1.6.2.1.14", False),
+    ("kxrLogicalDriveReadMode", "1.6.2.1.15", True),
+    ("kxrLogicalDriveCacheMode", "1.6.2.1.16", True),
+    ("kxrLogicalDriveDiskCacheMode", "1.6.2.1.17", True),
+    ("kxrLogicalDriveInitStatus", "1.6.2.1.18", True),
+    ("kxrLogicalDriveStatusEx", "1.6.2.1.19", True),
+    ("kxrLogicalDriveDisplayName", "1.6.2.1.20", False),
+    ("kxrLogicalDriveContentsCtrlNr", "1.6.3.1.1", True),
+    ("kxrLogicalDriveContentsLogicalDriveNr", "1.6.3.1.2", True),
+    ("kxrLogicalDriveContentsNr", "1.6.3.1.3", True),
+    ("kxrLogicalDriveContentsChannel", "1.6.3.1.4", True),
+    ("kxrLogicalDriveContentsTarget", "1.6.3.1.5", True),
+    ("kxrLogicalDriveContentsLUN", "1.6.3.1.6", True),
+    ("kxrLogicalDriveContentsIdx", "1.6.3.1.7", True),
+    ("kxrLogicalDriveContentsSpanNr", "1.6.3.1.8", True),
+]
+
+# Ranges of the enumerated columns; every other integer may hold any 32-bit number.
+RANGES = {
+    "kxrCtrlBBUStatus": (1, 7), "kxrCtrlStatus": (1, 3), "kxrCtrlInterface": (1, 7), "kxrCtrlBBUStatusEx": (1, 7),
+    "kxrLogicalDriveWriteMode": (1, 8), "kxrLogicalDriveStatus": (1, 9), "kxrLogicalDriveStatusEx": (1, 15),
+    "kxrPhysicalDeviceType": (1, 99), "kxrPhysicalDeviceConfiguredDisk": (1, 2),
+    "kxrPhysicalDeviceForeignConfig": (1, 2), "kxrPhysicalDeviceInterface": (1, 9),
+    "kxrPhysicalDeviceSmartStatus": (1, 4), "kxrPhysicalDeviceStatus": (1, 12), "kxrPhysicalDeviceStatusEx": (1, 20),
+}
+
+INDEXES = {
+    "kxrCtrlEntry": ["kxrCtrlNr"],
+    "kxrLogicalDriveEntry": ["kxrLogicalDriveCtrlNr", "kxrLogicalDriveNr"],
+    "kxrPhysicalDeviceEntry": ["kxrPhysicalDeviceCtrlNr", "kxrPhysicalDeviceChannel", "kxrPhysicalDeviceTarget",
+                               "kxrPhysicalDeviceLUN"],
+    "kxrLogicalDriveContentsEntry": ["kxrLogicalDriveContentsCtrlNr", "kxrLogicalDriveContentsLogicalDriveNr",
+                                     "kxrLogicalDriveContentsNr", "kxrLogicalDriveContentsIdx"],
+}
+
+TRAP_VARIABLES = ["kxrTrapServerName", "kxrTrapTime", "kxrTrapParam1", "kxrTrapParam2", "kxrTrapParam3", "kxrTrapParam4",
+                  "kxrTrapParam5", "kxrTrapParam6"]
+NOTIFICATIONS = ["kxrEventUndefined", "kxrEventConnected", "kxrEventDisconnected", "kxrEventUnexpectedDisconnect",
+                 "kxrEventTestTrap"]
+
+
+def tool(*command):
+    with tempfile.TemporaryDirectory() as state:
+        os.mkdir(os.path.join(state, "cert_indexes"))  # or the tools say on standard error that they made it
+        environment = dict(os.environ, SNMPCONFPATH=state, SNMP_PERSISTENT_DIR=state, MIBS="KESTRIX-RAID-MIB",
+                           MIBDIRS=SMI_FOLDER + ":" + MIB_FOLDER, SMIPATH=SMI_FOLDER + ":" + MIB_FOLDER)
+        done = subprocess.run(command, capture_output=True, text=True, timeout=30, env=environment)
+    return done.stdout, done.stderr
+
+
+def translate(option, names):
+    output, errors = tool("snmptranslate", "-IR", option, *names)
+    if errors:
+        raise AssertionError(errors)
+    return [line for line in output.split("\n") if line]
+
+
+class Module(unittest.TestCase):
+    def test_smilint_has_nothing_to_say_but_of_readable_index_columns(self):
+        self.assertEqual(("", ""), tool("smilint", "-m", "-s", "-l", "6", "-i", "index-element-accessible", MODULE))
+
+    def test_all_98_objects_stand_where_the_agent_serves_them(self):
+        self.assertEqual(98, len(OBJECTS))
+        found = translate("-On", [name for name, _, _ in OBJECTS])
+        self.assertEqual([ROOT + "." + arc for _, arc, _ in OBJECTS], found)
+
+    def test_every_object_has_its_syntax_and_range_and_is_read_only(self):
+        for name, _, is_integer in OBJECTS:
+            with self.subTest(object=name):
+                text = "\n".join(translate("-Td", [name]))
+                self.assertIn("MAX-ACCESS\tread-only", text)
+                self.assertIn("SYNTAX\t" + ("Integer32" if is_integer else "OCTET STRING"), text)
+                shown = re.search(r"Integer32 \((-?\d+)\.\.(-?\d+)\)", text)
+                if name in RANGES:
+                    self.assertEqual(RANGES[name], (int(shown.group(1)), int(shown.group(2))))
+                elif any(name in columns for columns in INDEXES.values()):
+                    self.assertEqual((0, 2147483647), (int(shown.group(1)), int(shown.group(2))))
+                else:
+                    self.assertIsNone(shown)
+                self.assertNotIn("{", text.split("DESCRIPTION")[0], "no labels are made up for enumerated values")
+
+    def test_the_tables_have_their_indexes(self):
+        for entry, columns in INDEXES.items():
+            with self.subTest(table=entry):
+                text = "\n".join(translate("-Td", [entry]))
+                self.assertIn("INDEX\t\t{ " + ", ".join(columns) + " }", text)
+
+    def test_the_eight_trap_variables_stand_below_the_enterprise(self):
+        self.assertEqual([ROOT + ".2.1." + str(i) for i in range(1, 9)], translate("-On", TRAP_VARIABLES))
+
+    def test_the_notifications_stand_under_enterprise_0_with_the_eight_variables_in_order(self):
+        self.assertEqual([ROOT + ".2.0." + str(i) for i in range(1, 6)], translate("-On", NOTIFICATIONS))
+        for name in NOTIFICATIONS:
+            with self.subTest(notification=name):
+                text = "\n".join(translate("-Td", [name]))
+                self.assertIn("OBJECTS\t{ " + ", ".join(TRAP_VARIABLES) + " }", text)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
