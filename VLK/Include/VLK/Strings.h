@@ -27,7 +27,8 @@ class CFormatStream;
 }
 namespace Internals {
 class CFormatResortBuffer;
-}
+class CStringStreamBuffer;
+} // namespace Internals
 
 namespace Strings {
 
@@ -178,7 +179,7 @@ extern VLK_API CStringRef const _TFNL;   ///< "\r\n"
 /// reference to somebody's constant text (capacity 0; appending drops the text, assigning replaces it); or, for
 /// CStringAlias only, in the storage of another string. Terminated in all states, except between Lock and Unlock and
 /// after FreeExtra. The operations that grow raise "Out of memory", or "Max count reached" for a string that has
-/// outgrown 64 MiB; where the thread has throwing disabled the text then stays as it was before the growth.
+/// outgrown 64 MiB; the text is unchanged then, or empty if it was a heap block that couldn't be enlarged.
 class VLK_API CStringVar : public CStringRef {
 public:
     CStringVar() noexcept : CStringVar(BaseRoom) {}
@@ -282,7 +283,7 @@ protected:
     void InitWith(Language_Support::CLanguageStrg const & text, std::size_t extra);
 
     /// Makes room for `need` more characters. The only place where a string grows. URET_OK, or URET_Error on a
-    /// thread with throwing disabled; nothing has changed then, a dropped reference aside.
+    /// thread with throwing disabled.
     unsigned int Alloc(std::size_t need)
     {
         return m_uCapacity - 1 < MaxCapacity && need <= m_uCapacity - m_uLength && !MayFallBack(need) ? 1 : Grow(need);
@@ -305,7 +306,7 @@ protected:
 
     friend class CStringAlias;
     friend class CSubStringVar;
-    friend class CSubStringRef;
+    friend class Internals::CStringStreamBuffer;
 
     std::size_t SavedCapacity() const noexcept
     {
@@ -329,17 +330,16 @@ private:
         return m_uLength == 0 && m_pData != m_Inline && need <= SavedCapacity();
     }
     unsigned int Grow(std::size_t need);
-    unsigned int GrowInline(std::size_t newSize);
-    unsigned int GrowHeap(std::size_t newSize);
-    unsigned int GrowAlias(std::size_t need);
+    unsigned int GrowFromInline(std::size_t newSize);
+    unsigned int GrowBlock(std::size_t newSize);
+    unsigned int GrowTarget(std::size_t need);
+    std::size_t NewSize(std::size_t need) const noexcept;
     void ReturnInline() noexcept;
     void DropReference() noexcept;
     /// Leaves the reference state with the text kept.
     unsigned int OwnText();
     void ResetToInline(std::size_t inlineCapacity) noexcept;
     void FreeBlock() noexcept;
-    template <class TEncode>
-    CStringVar & AppendEncoded(TEncode const & encode, bool keep);
 };
 
 /// String with room for N + 7 characters inside the object.
