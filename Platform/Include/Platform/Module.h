@@ -18,6 +18,9 @@ ErrorCode ProgramPath(std::string & out);
 ErrorCode LoadedModules(std::map<std::string, void *> & out);
 /// Raises the load count of a module that is loaded, for good. Returns the system's handle, or null.
 void * PinModule(char const * name) noexcept;
+/// Tells the system that a library needs no call for threads that begin and end. module: the system's handle, as
+/// the library got it at its attach. POSIX: there are no such calls.
+void DisableThreadNotifications(void * module) noexcept;
 /// Whether the process runs in a compatibility layer for programs of another word size.
 bool RunsInCompatibilityLayer() noexcept;
 

@@ -35,6 +35,8 @@ ErrorCode ThreadExitCode(WaitHandle thread, std::uint32_t & exitCode) noexcept;
 /// with `exitCode`, mutexes that it owns count as abandoned, it never becomes anyone's again, and the module
 /// that holds its body is pinned in memory, so that code which may still run is never unmapped.
 ErrorCode TerminateThread(WaitHandle thread, std::uint32_t exitCode) noexcept;
+/// Whether a thread that TerminateThread has ended may in truth go on. Then what such a thread uses must stay.
+bool TerminatedThreadsGoOn() noexcept;
 
 /// The system's id of the calling thread; on Linux the number that ps and the journal show.
 std::uint32_t CurrentThreadId() noexcept;

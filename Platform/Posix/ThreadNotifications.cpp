@@ -1,0 +1,3 @@
+#include "Platform/Module.h"
+
+void Platform::DisableThreadNotifications(void *) noexcept {}
