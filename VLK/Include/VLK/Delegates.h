@@ -67,11 +67,11 @@ public:
 protected:
     /// Gives up the former block and takes over `head` with its count of 1. Returns URET_OK.
     unsigned int Init(CCbHead * head) noexcept;
-    /// Raises OutOfMemory.
-    [[noreturn]] static void RaiseNoMemory();
+    /// Raises OutOfMemory, or returns URET_Error.
+    static unsigned int FailForMemory();
 };
 
-/// Binds a function to a delegate of type TCall. Construction raises OutOfMemory.
+/// Binds a function to a delegate of type TCall. Raises OutOfMemory; with throwing disabled the delegate stays null.
 template <class TCall>
 class TDelegate : public TCall {
 public:
@@ -126,8 +126,7 @@ private:
     unsigned int Make(TArguments &&... arguments)
     {
         TBlock * const block = new (std::nothrow) TBlock(std::forward<TArguments>(arguments)...);
-        if (block == nullptr) TCall::RaiseNoMemory();
-        return this->Init(block);
+        return block != nullptr ? this->Init(block) : TCall::FailForMemory();
     }
 };
 

@@ -12,6 +12,10 @@
 #include "VLK/WaitObjects.h"
 
 /// The control blocks of threads. Not for users of the foundation: they have Threads.h.
+namespace VLK::Exceptions {
+class CThrowState;
+}
+
 namespace VLK::Internals {
 
 class CThreadCB;
@@ -96,14 +100,15 @@ protected:
 
 private:
     static std::uint32_t Run(void * argument) noexcept;
-    void RaiseInterrupt(unsigned int bits);
     bool IsInterrupted() const noexcept;
-    bool CollectHandles(CWaitList const & list, Platform::WaitHandle * handles);
-    void CheckStarted();
+    void RaiseInterrupt();
+    Platform::ErrorCode Begin() noexcept;
+    void CheckStarted(Exceptions::CThrowState & state);
     void TakeWaker() noexcept;
+    static void Link(CWaitBlock & block, bool enabled) noexcept;
 
     Platform::CWakerHandle m_Waker; ///< set before the first link, so that whoever finds a link finds it
-    bool m_bBegun;                  ///< the thread's own reference has been taken
+    std::atomic<bool> m_bBegun;     ///< the thread's own reference has been taken
 };
 
 } // namespace Windows
@@ -161,10 +166,8 @@ protected:
     void RunBody() noexcept override;
 
 private:
-    CThreadCB() noexcept;
-    void StartThreadAndCatchWin32Exception();
-    bool DisplayWin32ExceptionInTrace() noexcept;
-    void WaitForDebuggerToAttach() noexcept;
+    CThreadCB() noexcept = default;
+    void TraceEnd() noexcept;
 };
 
 /// A reference to the calling thread's block for a scope, taking no memory and no time when the thread has one.

@@ -11,6 +11,9 @@ class CDelegate;
 namespace VLK::Output_Streams {
 class CFormatStream;
 }
+namespace VLK::Exceptions {
+class CThrowState;
+}
 namespace VLK::Strings {
 class CStringVar;
 }
@@ -53,7 +56,8 @@ public:
     unsigned int GetThreadID() const noexcept;
 
 private:
-    unsigned int CheckNotRunning();
+    void CheckNotRunning(Exceptions::CThrowState & state);
+    unsigned int Start(Delegates_and_Calls::CDelegate const & function, bool suspended);
 };
 
 /// The calling thread's view of its own control block. Cheap; lives on the stack and stays on its thread. On a
@@ -147,7 +151,6 @@ public:
 private:
     static constexpr unsigned int NothingSaved = 0xFFFFFFFF;
     Internals::CThreadCB * m_pThread; ///< counted
-    CWaitInterrupt m_None;            ///< installs nothing
     CWaitInterrupt m_Saved;
     unsigned int m_uSavedMask;
 };
@@ -168,6 +171,7 @@ public:
 
 private:
     unsigned int m_uSlot;
+    bool m_bAllocated = false; ///< false after a failure with throwing disabled
 };
 
 /// Typed access to such a word. Owns nothing.
