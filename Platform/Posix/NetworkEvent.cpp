@@ -159,7 +159,9 @@ ErrorCode SNetworkEvent::Arm() noexcept
     epoll_event wanted{};
     wanted.events = static_cast<std::uint32_t>(EPOLLET | EPOLLRDHUP);
     if ((m_mask & (NetRead | NetAccept)) != 0) wanted.events |= EPOLLIN;
-    if ((m_mask & (NetWrite | NetConnect)) != 0) wanted.events |= EPOLLOUT;
+    // A socket is nearly always writable: unasked, that would make every look again a change.
+    const bool asked = m_writeWanted || m_connecting;
+    if (asked && (m_mask & (NetWrite | NetConnect)) != 0) wanted.events |= EPOLLOUT;
     if (::epoll_ctl(Descriptor(), m_armed ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, m_socket, &wanted) != 0) return LastErrno();
     m_armed = true;
     return Success;

@@ -44,18 +44,21 @@ struct SWaitable {
         if (m_references.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
     }
 
-    /// Makes the object signalled. Everything the caller did before is visible to a waiter that it releases:
-    /// the counter carries that order, which a system call alone doesn't promise to the compiler.
+    /// Makes the object signalled. Everything the caller did before is visible to a waiter that it releases: the
+    /// counter of references carries that order, which a system call alone doesn't promise to the compiler. And a
+    /// waiter may close the object at once; it goes when the caller has left it.
     ErrorCode Signal() noexcept
     {
-        m_signals.fetch_add(1, std::memory_order_release);
-        return SignalDescriptor(Descriptor());
+        m_references.fetch_add(1, std::memory_order_release);
+        const ErrorCode error = SignalDescriptor(Descriptor());
+        DropReference();
+        return error;
     }
 
 protected:
     virtual ~SWaitable() = default;
     /// The waiter's half of the order that Signal gives.
-    void Observe() const noexcept { static_cast<void>(m_signals.load(std::memory_order_acquire)); }
+    void Observe() const noexcept { static_cast<void>(m_references.load(std::memory_order_acquire)); }
     /// Reads the descriptor's counter.
     Taken Consume(ErrorCode & error) noexcept
     {
@@ -68,7 +71,6 @@ private:
     const WaitableKind m_kind;
     const CDescriptor m_descriptor;
     std::atomic<std::uint32_t> m_references{1};
-    std::atomic<std::uint32_t> m_signals{0};
 };
 
 } // namespace Platform

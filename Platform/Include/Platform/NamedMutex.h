@@ -12,10 +12,12 @@ namespace Platform {
 struct SNamedMutex;
 using NamedMutexHandle = SNamedMutex *;
 
-/// name: free of path separators, at most 512 bytes used. Not owned after creation.
+/// name: not empty, at most 512 bytes used; path separators count as underscores. Not owned after creation.
 ErrorCode NewNamedMutex(NamedMutexHandle & out, char const * name) noexcept;
-/// True when the mutex was taken within timeoutMs; also when its last owner ended without releasing it.
+/// True when the mutex was taken within timeoutMs; also when its last owner, a thread or its whole process, ended
+/// without releasing it. The owner itself waits in vain.
 bool TakeNamedMutex(NamedMutexHandle mutex, std::uint32_t timeoutMs) noexcept;
+/// By the owner; a call by anyone else is ignored.
 void ReleaseNamedMutex(NamedMutexHandle mutex) noexcept;
 void CloseNamedMutex(NamedMutexHandle mutex) noexcept;
 

@@ -50,13 +50,15 @@ void CloseSocket(SocketHandle socket) noexcept;
 
 /// The waitable object for a socket's network events, initially clear; auto reset by ReportNetworkEvents.
 ErrorCode NewNetworkEvent(WaitHandle & out) noexcept;
-/// Forgets what was recorded. The object must not be bound to an open socket of another use.
+/// Forgets what was recorded, and the binding. The object must not be bound to an open socket of another use.
 ErrorCode ResetNetworkEvent(WaitHandle event) noexcept;
 /// Binds the socket to the event for the events of `mask`; a further call replaces the binding.
 ErrorCode SelectNetworkEvents(SocketHandle socket, WaitHandle event, std::uint32_t mask) noexcept;
 /// Reports and clears the recorded events. As on every system here: readable is recorded once when data
 /// arrives and again after a Receive that leaves data behind; writable once after connecting and again after
-/// a Send that would have blocked; closed once.
+/// a Send that would have blocked or took a part only; closed once, and not before the data in front of it has been
+/// received (with NetRead in the mask). A failed connect gives NetConnect with its error and nothing more. Fails for
+/// a socket that isn't bound to this event.
 ErrorCode ReportNetworkEvents(SocketHandle socket, WaitHandle event, SNetworkEvents & out) noexcept;
 
 /// Starts connecting. ErrorWouldBlock when it goes on in the background; NetConnect reports its end.
@@ -81,7 +83,8 @@ struct SResolveResult {
     ErrorCode error;      ///< 0 on success; on POSIX the number of getaddrinfo
     bool hostNotFound;    ///< the name is unknown
 };
-/// Addresses for TCP of a host name (null: the wildcard or local addresses) and a decimal port.
+/// Adds the addresses for TCP of a host name (null: the local addresses) and a decimal port. May throw
+/// std::bad_alloc.
 SResolveResult ResolveHost(char const * host, char const * service, std::vector<sockaddr_storage> & out);
 
 struct SSocketTraits {

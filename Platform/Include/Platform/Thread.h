@@ -5,7 +5,9 @@
 
 #include "Platform/Wait.h"
 
-/// Threads. A thread's handle is a waitable object that is signalled, for good, when the thread has ended.
+/// Threads. A thread's handle is a waitable object that is signalled, for good, when the thread has ended. A wait
+/// for it returns when the thread runs no more code of the library that started it, so that may be unloaded then.
+/// POSIX: signals of the host are blocked on these threads, except those of faults.
 namespace Platform {
 
 inline constexpr std::uint32_t StillActive = 259; ///< exit code of a thread that runs
@@ -33,7 +35,8 @@ ErrorCode ThreadExitCode(WaitHandle thread, std::uint32_t & exitCode) noexcept;
 /// Ends a thread by force. Windows: TerminateThread. POSIX: no thread can be ended from outside without the
 /// danger of a corrupt process, so the thread is abandoned: for everyone who looks at its handle it has ended
 /// with `exitCode`, mutexes that it owns count as abandoned, it never becomes anyone's again, and the module
-/// that holds its body is pinned in memory, so that code which may still run is never unmapped.
+/// that holds its body is pinned in memory, so that code which may still run is never unmapped. Where it next comes
+/// to a wait, a sleep or a critical section of this room it stays for good. One that has not begun its body ends.
 ErrorCode TerminateThread(WaitHandle thread, std::uint32_t exitCode) noexcept;
 /// Whether a thread that TerminateThread has ended may in truth go on. Then what such a thread uses must stay.
 bool TerminatedThreadsGoOn() noexcept;

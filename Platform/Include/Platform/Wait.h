@@ -11,7 +11,9 @@
 /// Every waitable object (event, mutex, semaphore, thread end, a socket's network events) owns one system
 /// handle. A wait names one or many of them, has a deadline on the monotonic clock, reports the lowest
 /// signalled index, and can be woken from another thread (WakeThread) so that the waiter looks at its
-/// interrupt flags. Any thread may use any object, except that a mutex is released by its owner.
+/// interrupt flags. Any thread may use any object, except that a mutex is released by its owner. What a thread did
+/// before it signalled or released an object, or ended, is visible to the waiter that this lets go on. No wait takes
+/// memory.
 namespace Platform {
 
 struct SWaitable; ///< one system object; opaque
@@ -29,7 +31,8 @@ ErrorCode NewMutex(WaitHandle & out, bool initialOwner) noexcept;
 ErrorCode NewSemaphore(WaitHandle & out, std::uint32_t initial, std::uint32_t maximum) noexcept;
 
 /// Gives up the caller's reference. A null handle is ignored. An object on which a thread still waits must
-/// not be closed, except that closing a thread's handle never touches the running thread.
+/// not be closed, except that closing a thread's handle never touches the running thread. A waiter may close an
+/// object as soon as its wait is over, even while the thread that signalled it is still on its way out of the call.
 void CloseWaitable(WaitHandle handle) noexcept;
 
 ErrorCode SetEvent(WaitHandle event) noexcept;
@@ -58,7 +61,9 @@ struct SWaitOutcome {
 SWaitOutcome WaitForOne(WaitHandle handle, std::uint32_t timeoutMs, bool wakeable) noexcept;
 
 /// Waits for the first of `count` objects (the lowest index wins when several are ready), or with `all` for
-/// all of them: then either all are taken or none. count: 1 to MaxWaitObjects. With `all` the index is 0.
+/// all of them: then either all are taken or none, and the result is Abandoned when one of them was. count: 1 to
+/// MaxWaitObjects. With `all` the index is 0, and the same object twice fails. While it finds out that another
+/// thread was faster, a wait for all may hold an object for a moment and give it back.
 SWaitOutcome WaitForMany(WaitHandle const * handles, unsigned count, bool all, std::uint32_t timeoutMs,
                          bool wakeable) noexcept;
 

@@ -1,0 +1,374 @@
+#include "Platform/Thread.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Support/Deadline.h"
+
+namespace {
+
+using namespace Platform;
+
+/// A thread of ours with its body's argument.
+struct SStarted {
+    CWaitableHandle handle;
+    std::uint32_t id = 0;
+};
+
+SStarted Start(ThreadEntry entry, void * argument, bool suspended = false, std::uint32_t stackBytes = 0)
+{
+    SStarted started;
+    WaitHandle handle = nullptr;
+    EXPECT_EQ(Success, StartThread(handle, started.id, entry, argument, stackBytes, suspended));
+    started.handle.Reset(handle);
+    return started;
+}
+
+WaitResult AwaitEnd(SStarted const & thread, std::uint32_t timeoutMs = kDeadlineMs)
+{
+    return WaitForOne(thread.handle.Get(), timeoutMs, false).result;
+}
+
+std::uint32_t ExitCode(SStarted const & thread)
+{
+    std::uint32_t code = 0;
+    EXPECT_EQ(Success, ThreadExitCode(thread.handle.Get(), code));
+    return code;
+}
+
+CWaitableHandle ManualEvent()
+{
+    WaitHandle handle = nullptr;
+    EXPECT_EQ(Success, NewEvent(handle, false, /*manualReset=*/true));
+    return CWaitableHandle(handle);
+}
+
+std::uint32_t ReturnSeven(void *) noexcept
+{
+    return 7;
+}
+
+std::uint32_t WaitForIt(void * event) noexcept
+{
+    return WaitForOne(static_cast<WaitHandle>(event), kDeadlineMs, false).result == WaitResult::Signaled ? 1 : 2;
+}
+
+std::uint32_t Count(void * counter) noexcept
+{
+    ++*static_cast<std::atomic<int> *>(counter);
+    return 0;
+}
+
+TEST(ThreadTest, EndsWithTheResultOfItsBody)
+{
+    const SStarted thread = Start(&ReturnSeven, nullptr);
+    EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread));
+    EXPECT_EQ(7u, ExitCode(thread));
+    EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread, 0)) << "signalled for good";
+}
+
+TEST(ThreadTest, IsStillActiveWhileItRuns)
+{
+    const CWaitableHandle event = ManualEvent();
+    const SStarted thread = Start(&WaitForIt, event.Get());
+    EXPECT_EQ(StillActive, ExitCode(thread));
+    EXPECT_EQ(WaitResult::Timeout, AwaitEnd(thread, 0));
+    SetEvent(event.Get());
+    EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread));
+    EXPECT_EQ(1u, ExitCode(thread));
+}
+
+TEST(ThreadTest, ItsEndIsOneOfManyObjects)
+{
+    const CWaitableHandle event = ManualEvent();
+    const SStarted thread = Start(&WaitForIt, event.Get());
+    const CWaitableHandle never = ManualEvent();
+    const WaitHandle handles[] = {never.Get(), thread.handle.Get()};
+    EXPECT_EQ(WaitResult::Timeout, WaitForMany(handles, 2, false, 0, false).result);
+    SetEvent(event.Get());
+    const SWaitOutcome outcome = WaitForMany(handles, 2, false, kDeadlineMs, false);
+    EXPECT_EQ(WaitResult::Signaled, outcome.result);
+    EXPECT_EQ(1u, outcome.index);
+}
+
+TEST(ThreadTest, TellsItsIdAtTheStart)
+{
+    std::atomic<std::uint32_t> own{0};
+    const SStarted thread = Start(
+        [](void * place) noexcept -> std::uint32_t {
+            *static_cast<std::atomic<std::uint32_t> *>(place) = CurrentThreadId();
+            return 0;
+        },
+        &own);
+    ASSERT_EQ(WaitResult::Signaled, AwaitEnd(thread));
+    EXPECT_EQ(own, thread.id);
+    EXPECT_NE(CurrentThreadId(), thread.id);
+}
+
+TEST(ThreadTest, ASuspendedThreadBeginsWithItsLastResume)
+{
+    std::atomic<int> runs{0};
+    const SStarted thread = Start(&Count, &runs, /*suspended=*/true);
+    std::uint32_t previous = 99;
+    EXPECT_EQ(Success, SuspendThread(thread.handle.Get(), previous));
+    EXPECT_EQ(1u, previous);
+    EXPECT_EQ(Success, ResumeThread(thread.handle.Get(), previous));
+    EXPECT_EQ(2u, previous);
+    EXPECT_EQ(WaitResult::Timeout, AwaitEnd(thread, 20));
+    EXPECT_EQ(0, runs);
+    EXPECT_EQ(StillActive, ExitCode(thread));
+    EXPECT_EQ(Success, ResumeThread(thread.handle.Get(), previous));
+    EXPECT_EQ(1u, previous);
+    EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread));
+    EXPECT_EQ(1, runs);
+}
+
+TEST(ThreadTest, ARunningThreadCannotBeSuspended)
+{
+    const CWaitableHandle event = ManualEvent();
+    const CWaitableHandle begun = ManualEvent();
+    struct SArgument {
+        WaitHandle begun, event;
+    } argument{begun.Get(), event.Get()};
+    const SStarted thread = Start(
+        [](void * pointer) noexcept -> std::uint32_t {
+            const auto & it = *static_cast<SArgument *>(pointer);
+            SetEvent(it.begun);
+            return WaitForIt(it.event);
+        },
+        &argument);
+    ASSERT_EQ(WaitResult::Signaled, WaitForOne(begun.Get(), kDeadlineMs, false).result);
+    std::uint32_t previous = 99;
+    EXPECT_EQ(ErrorNotSupported(), SuspendThread(thread.handle.Get(), previous));
+    EXPECT_EQ(99u, previous);
+    EXPECT_EQ(Success, ResumeThread(thread.handle.Get(), previous));
+    EXPECT_EQ(0u, previous);
+    SetEvent(event.Get());
+    EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread));
+    EXPECT_NE(Success, SuspendThread(thread.handle.Get(), previous));
+}
+
+TEST(ThreadTest, ClosingTheHandleOfAThreadThatNobodyResumedEndsItWithoutItsBody)
+{
+    std::atomic<int> runs{0};
+    {
+        const SStarted thread = Start(&Count, &runs, /*suspended=*/true);
+    }
+    EXPECT_EQ(0, runs);
+}
+
+TEST(ThreadTest, ClosingTheHandleLeavesARunningThreadAlone)
+{
+    const CWaitableHandle event = ManualEvent();
+    const CWaitableHandle done = ManualEvent();
+    struct SArgument {
+        WaitHandle event, done;
+    } argument{event.Get(), done.Get()};
+    {
+        const SStarted thread = Start(
+            [](void * pointer) noexcept -> std::uint32_t {
+                const auto & it = *static_cast<SArgument *>(pointer);
+                WaitForIt(it.event);
+                SetEvent(it.done);
+                return 0;
+            },
+            &argument);
+    }
+    SetEvent(event.Get());
+    EXPECT_EQ(WaitResult::Signaled, WaitForOne(done.Get(), kDeadlineMs, false).result);
+}
+
+TEST(ThreadTest, AThreadMayCloseItsOwnHandle)
+{
+    struct SArgument {
+        std::atomic<WaitHandle> self{nullptr};
+        CWaitableHandle done = ManualEvent();
+    } argument;
+    SStarted thread = Start(
+        [](void * pointer) noexcept -> std::uint32_t {
+            auto & it = *static_cast<SArgument *>(pointer);
+            CloseWaitable(it.self);
+            SetEvent(it.done.Get());
+            return 0;
+        },
+        &argument, /*suspended=*/true);
+    argument.self = thread.handle.Get();
+    std::uint32_t previous = 0;
+    ResumeThread(thread.handle.Release(), previous);
+    EXPECT_EQ(WaitResult::Signaled, WaitForOne(argument.done.Get(), kDeadlineMs, false).result);
+}
+
+TEST(ThreadTest, ItsMutexesAreAbandonedBeforeItsEndIsSeen)
+{
+    WaitHandle handle = nullptr;
+    ASSERT_EQ(Success, NewMutex(handle, false));
+    const CWaitableHandle mutex(handle);
+    const SStarted thread = Start(&WaitForIt, mutex.Get());
+    ASSERT_EQ(WaitResult::Signaled, AwaitEnd(thread));
+    EXPECT_EQ(WaitResult::Abandoned, WaitForOne(mutex.Get(), 0, false).result);
+    ReleaseMutex(mutex.Get());
+}
+
+TEST(ThreadTest, SmallAndLargeStacksAreGiven)
+{
+    for (const std::uint32_t bytes : {1u, 1048576u, 1048577u}) {
+        const SStarted thread = Start(&ReturnSeven, nullptr, false, bytes);
+        EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread)) << bytes;
+        EXPECT_EQ(7u, ExitCode(thread));
+    }
+}
+
+TEST(ThreadTest, OperationsOnWhatIsNoThreadAreRefused)
+{
+    const CWaitableHandle event = ManualEvent();
+    std::uint32_t value = 5;
+    EXPECT_NE(Success, ResumeThread(event.Get(), value));
+    EXPECT_NE(Success, SuspendThread(nullptr, value));
+    EXPECT_NE(Success, ThreadExitCode(event.Get(), value));
+    EXPECT_NE(Success, TerminateThread(nullptr, 1));
+    EXPECT_EQ(5u, value);
+}
+
+// --- Forced end
+
+TEST(TerminateThreadTest, AThreadThatHasNotBegunEndsWithoutItsBody)
+{
+    std::atomic<int> runs{0};
+    const SStarted thread = Start(&Count, &runs, /*suspended=*/true);
+    EXPECT_EQ(Success, TerminateThread(thread.handle.Get(), 33));
+    EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread));
+    EXPECT_EQ(33u, ExitCode(thread));
+    EXPECT_EQ(0, runs);
+}
+
+TEST(TerminateThreadTest, AnEndedThreadKeepsItsExitCode)
+{
+    const SStarted thread = Start(&ReturnSeven, nullptr);
+    ASSERT_EQ(WaitResult::Signaled, AwaitEnd(thread));
+    EXPECT_EQ(Success, TerminateThread(thread.handle.Get(), 33));
+    EXPECT_EQ(7u, ExitCode(thread));
+}
+
+/// What an abandoned thread of a test works with.
+struct SAbandoned {
+    CWaitableHandle begun = ManualEvent();
+    CWaitableHandle never = ManualEvent();
+    CWaitableHandle goOn = ManualEvent();
+    CWaitableHandle mutex;
+    std::atomic<bool> spin{true};
+    std::atomic<int> behindTheWait{0};
+    std::atomic<bool> ended{false};
+};
+
+/// Outlives the test, as the thread may do.
+SAbandoned * NewAbandoned()
+{
+    static std::vector<std::unique_ptr<SAbandoned>> * const all = new std::vector<std::unique_ptr<SAbandoned>>;
+    all->push_back(std::make_unique<SAbandoned>());
+    return all->back().get();
+}
+
+TEST(TerminateThreadTest, ARunningThreadCountsAsEndedAndGoesNoFurtherThanItsWait)
+{
+    SAbandoned * const shared = NewAbandoned();
+    WaitHandle handle = nullptr;
+    ASSERT_EQ(Success, NewMutex(handle, false));
+    shared->mutex.Reset(handle);
+    const SStarted thread = Start(
+        [](void * argument) noexcept -> std::uint32_t {
+            auto * const its = static_cast<SAbandoned *>(argument);
+            WaitForOne(its->mutex.Get(), 0, false);
+            SetEvent(its->begun.Get());
+            WaitForOne(its->never.Get(), Infinite, true);
+            ++its->behindTheWait;
+            return 1;
+        },
+        shared);
+    ASSERT_EQ(WaitResult::Signaled, WaitForOne(shared->begun.Get(), kDeadlineMs, false).result);
+
+    EXPECT_EQ(Success, TerminateThread(thread.handle.Get(), 77));
+    EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread, 0));
+    EXPECT_EQ(77u, ExitCode(thread));
+    EXPECT_EQ(WaitResult::Abandoned, WaitForOne(shared->mutex.Get(), 0, false).result);
+    SetEvent(shared->never.Get());
+    EXPECT_FALSE(HoldsWithin(std::chrono::milliseconds(30), [&] { return shared->behindTheWait != 0; }));
+    EXPECT_EQ(Success, TerminateThread(thread.handle.Get(), 78));
+    EXPECT_EQ(77u, ExitCode(thread));
+}
+
+TEST(TerminateThreadTest, AThreadThatNeverWaitsMayEndByItselfLater)
+{
+    SAbandoned * const shared = NewAbandoned();
+    {
+        const SStarted thread = Start(
+            [](void * argument) noexcept -> std::uint32_t {
+                auto * const its = static_cast<SAbandoned *>(argument);
+                SetEvent(its->begun.Get());
+                while (its->spin) {
+                }
+                its->ended = true;
+                return 5;
+            },
+            shared);
+        ASSERT_EQ(WaitResult::Signaled, WaitForOne(shared->begun.Get(), kDeadlineMs, false).result);
+        EXPECT_EQ(Success, TerminateThread(thread.handle.Get(), 77));
+        shared->spin = false;
+        EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return shared->ended.load(); }));
+        EXPECT_EQ(77u, ExitCode(thread));
+        EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread, 0));
+    }
+}
+
+// --- Slots and names
+
+TEST(ThreadSlotTest, EachThreadHasItsOwnWord)
+{
+    std::uint32_t slot = 0;
+    ASSERT_EQ(Success, NewThreadSlot(slot));
+    EXPECT_EQ(nullptr, ThreadSlotValue(slot));
+    int mine = 0;
+    EXPECT_EQ(Success, SetThreadSlotValue(slot, &mine));
+    std::thread([&] {
+        EXPECT_EQ(nullptr, ThreadSlotValue(slot));
+        int other = 0;
+        EXPECT_EQ(Success, SetThreadSlotValue(slot, &other));
+        EXPECT_EQ(&other, ThreadSlotValue(slot));
+    }).join();
+    EXPECT_EQ(&mine, ThreadSlotValue(slot));
+    FreeThreadSlot(slot);
+}
+
+struct SNameCase {
+    char const * name;
+    char const * given;
+    char const * expected;
+};
+
+class ThreadNameTest : public testing::TestWithParam<SNameCase> {};
+
+TEST_P(ThreadNameTest, IsCutToWhatTheSystemTakes)
+{
+    std::string seen;
+    std::thread([&] {
+        NameCurrentThread(GetParam().given);
+        char name[64] = {};
+        ::pthread_getname_np(::pthread_self(), name, sizeof name);
+        seen = name;
+    }).join();
+    EXPECT_EQ(GetParam().expected, seen);
+}
+
+INSTANTIATE_TEST_SUITE_P(Lengths, ThreadNameTest,
+                         testing::Values(SNameCase{"Short", "abc", "abc"},
+                                         SNameCase{"Fifteen", "123456789012345", "123456789012345"},
+                                         SNameCase{"Sixteen", "1234567890123456", "123456789012345"},
+                                         SNameCase{"NotThroughACharacter", "12345678901234\xC3\xA4", "12345678901234"}),
+                         [](auto const & test) { return std::string(test.param.name); });
+
+} // namespace
