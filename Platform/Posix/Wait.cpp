@@ -57,14 +57,22 @@ private:
 
 constexpr timespec Now{0, 0};
 
+bool IsMine(SWaitable const & object) noexcept
+{
+    return object.Kind() == WaitableKind::Mutex && static_cast<SMutex const &>(object).OwnedBy(ExistingThreadRecord());
+}
+
 /// The descriptors of one wait: those of its objects in their order, then the thread's wake-up.
 class CPollSet {
 public:
     CPollSet(WaitHandle const * handles, unsigned count, bool wakeable) noexcept
         : m_self(wakeable ? ExistingThreadRecord() : nullptr), m_count(count)
     {
-        for (unsigned i = 0; i < count; ++i)
+        // One pass over the objects, which may lie anywhere in memory.
+        for (unsigned i = 0; i < count; ++i) {
             m_polled[i] = {handles[i]->Descriptor(), POLLIN, 0};
+            m_ownsOne = m_ownsOne || IsMine(*handles[i]);
+        }
         // A thread that never gave out its waker can't be woken.
         if (m_self != nullptr && m_self->wakeDescriptor.load(std::memory_order_relaxed) < 0) m_self = nullptr;
         if (m_self != nullptr) m_polled[count] = {m_self->wakeDescriptor.load(std::memory_order_relaxed), POLLIN, 0};
@@ -88,6 +96,8 @@ public:
         }
     }
 
+    /// Whether the calling thread owns a mutex among the objects; its descriptor stays silent for its owner.
+    bool OwnsOne() const noexcept { return m_ownsOne; }
     bool IsReady(unsigned index) const noexcept { return m_polled[index].revents != 0; }
     bool IsInvalid(unsigned index) const noexcept { return (m_polled[index].revents & POLLNVAL) != 0; }
     /// Takes an object out of the next polls, or back into them.
@@ -116,6 +126,7 @@ private:
 
     SThreadWaker * m_self;
     unsigned m_count;
+    bool m_ownsOne = false;
     pollfd m_polled[MaxWaitObjects + 1];
 };
 
@@ -137,21 +148,11 @@ SWaitOutcome Outcome(Taken taken, unsigned index, ErrorCode error) noexcept
     }
 }
 
-bool IsMine(SWaitable const & object) noexcept
-{
-    return object.Kind() == WaitableKind::Mutex && static_cast<SMutex const &>(object).OwnedBy(ExistingThreadRecord());
-}
-
-bool AnyIsMine(WaitHandle const * handles, unsigned count) noexcept
-{
-    return std::any_of(handles, handles + count, [](WaitHandle handle) { return IsMine(*handle); });
-}
-
 SWaitOutcome WaitForAny(WaitHandle const * handles, unsigned count, std::uint32_t timeoutMs, bool wakeable) noexcept
 {
     CPollSet set(handles, count, wakeable);
     const CDeadline deadline(timeoutMs);
-    const bool ownsOne = AnyIsMine(handles, count); // its descriptor stays silent for its owner
+    const bool ownsOne = set.OwnsOne();
     for (;;) {
         const bool mustLook = ownsOne || deadline.IsNow() || set.IsWakePending();
         const int ready = mustLook ? set.Look() : set.Poll(deadline);
