@@ -128,17 +128,22 @@ std::vector<std::vector<std::uint32_t>> Keys(std::size_t objects)
     return keys;
 }
 
-/// One GETNEXT behind each of the OIDs, at most 100,000 of them. Inside: the caller's copy of the OID, the search,
+constexpr std::size_t kLookups = 100000; // of a batch
+constexpr std::size_t kInserts = 62000;  // of a batch, at least
+
+/// GETNEXT behind each of the OIDs in turn. Inside: the caller's copy of the OID, the search,
 /// the answer, and freeing it.
 template <class TStore>
 double WalkBehind(TStore & store, std::vector<std::vector<std::uint32_t>> const & keys)
 {
-    const std::size_t count = std::min<std::size_t>(keys.size(), 100000);
     std::uint64_t sum = 0;
-    const double time = Bench::NanosecondsEach(count, [&] {
-        for (std::size_t i = 0; i < count; ++i) {
-            const AsnObjectIdentifier key{static_cast<std::uint32_t>(keys[i].size()),
-                                          const_cast<std::uint32_t *>(keys[i].data())};
+    const double time = Bench::NanosecondsEach(kLookups, [&] {
+        std::size_t at = 0;
+        for (std::size_t i = 0; i < kLookups; ++i) {
+            std::vector<std::uint32_t> const & arcs = keys[at];
+            if (++at == keys.size()) at = 0;
+            const AsnObjectIdentifier key{static_cast<std::uint32_t>(arcs.size()),
+                                          const_cast<std::uint32_t *>(arcs.data())};
             RFC1157VarBind binding{};
             binding.value.asnType = ASN_NULL;
             SnmpUtilOidCpy(&binding.name, &key);
@@ -183,8 +188,11 @@ Bench::SPair NextAtRandom(std::size_t objects)
 template <class TStore>
 double FillEmpty(std::size_t objects)
 {
-    TStore store;
-    return Bench::NanosecondsEach(objects, [&] { Fill(store, objects); });
+    std::vector<TStore> stores(std::max<std::size_t>(kInserts / objects, 1));
+    return Bench::NanosecondsEach(objects * stores.size(), [&] {
+        for (TStore & store : stores)
+            Fill(store, objects);
+    });
 }
 
 Bench::SPair Insert(std::size_t objects)
@@ -192,12 +200,26 @@ Bench::SPair Insert(std::size_t objects)
     return {[objects] { return FillEmpty<CPlainMap>(objects); }, [objects] { return FillEmpty<CBenchAgent>(objects); }};
 }
 
+template <class TWork>
+void Repeat(std::size_t rounds, TWork work)
+{
+    for (std::size_t round = 0; round < rounds; ++round)
+        work();
+}
+
 /// Storing all cells once more.
 Bench::SPair Replace(std::size_t objects)
 {
     const auto filled = std::make_shared<SFilled>(objects);
-    return {[filled, objects] { return Bench::NanosecondsEach(objects, [&] { Fill(filled->map, objects); }); },
-            [filled, objects] { return Bench::NanosecondsEach(objects, [&] { Fill(filled->tree, objects); }); }};
+    const std::size_t rounds = std::max<std::size_t>(kInserts / objects, 1);
+    return {[=] {
+                return Bench::NanosecondsEach(objects * rounds,
+                                              [&] { Repeat(rounds, [&] { Fill(filled->map, objects); }); });
+            },
+            [=] {
+                return Bench::NanosecondsEach(objects * rounds,
+                                              [&] { Repeat(rounds, [&] { Fill(filled->tree, objects); }); });
+            }};
 }
 
 /// A rebuild: all rows deleted and inserted again.
@@ -205,16 +227,21 @@ Bench::SPair Rebuild(std::size_t objects)
 {
     const auto filled = std::make_shared<SFilled>(objects);
     const auto root = std::make_shared<COid>("1.3.6.1.4.1.88417.2.49.1.5.2");
-    return {[filled, root, objects] {
-                return Bench::NanosecondsEach(objects, [&] {
-                    filled->map.Erase(*root->Get());
-                    Fill(filled->map, objects);
+    const std::size_t rounds = std::max<std::size_t>(kInserts / objects, 1);
+    return {[=] {
+                return Bench::NanosecondsEach(objects * rounds, [&] {
+                    Repeat(rounds, [&] {
+                        filled->map.Erase(*root->Get());
+                        Fill(filled->map, objects);
+                    });
                 });
             },
-            [filled, root, objects] {
-                return Bench::NanosecondsEach(objects, [&] {
-                    filled->tree.MibDeleteOids(root->Get());
-                    Fill(filled->tree, objects);
+            [=] {
+                return Bench::NanosecondsEach(objects * rounds, [&] {
+                    Repeat(rounds, [&] {
+                        filled->tree.MibDeleteOids(root->Get());
+                        Fill(filled->tree, objects);
+                    });
                 });
             }};
 }

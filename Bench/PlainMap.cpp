@@ -33,16 +33,14 @@ void CPlainMap::InsertCell(char const * oid, char const * name, std::uint32_t va
     key.oid.ids[length - 3] = index1;
     key.oid.ids[length - 2] = index2;
     key.oid.ids[length - 1] = index3;
+    auto entry = std::make_unique<SEntry>();
+    entry->name = name;
+    entry->varbind.value.asnType = ASN_INTEGER;
+    entry->varbind.value.asnValue.number = static_cast<std::int32_t>(value);
     const auto [at, isNew] = m_objects.try_emplace(key);
-    if (isNew) {
-        at->second = std::make_unique<SEntry>();
-        at->second->varbind.name = key.oid;
-    } else {
-        SnmpUtilOidFree(&key.oid);
-    }
-    at->second->name = name;
-    at->second->varbind.value.asnType = ASN_INTEGER;
-    at->second->varbind.value.asnValue.number = static_cast<std::int32_t>(value);
+    entry->varbind.name = at->first.oid;
+    at->second = std::move(entry);
+    if (!isNew) SnmpUtilOidFree(&key.oid);
 }
 
 int CPlainMap::GetNext(RFC1157VarBind * binding)

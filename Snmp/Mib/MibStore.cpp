@@ -7,24 +7,74 @@
 
 namespace {
 
-/// The two arcs of a key behind a prefix as one number of the same order; missing arcs count as 0.
+constexpr std::uint32_t kHeadArcs = 4;
+
+/// The four arcs of a key behind a prefix as one number of the same order, 16 bits for each: 0 for a missing arc,
+/// else the arc and 1. An arc that is too large ends the number, so such keys may have the same head.
 std::uint64_t Head(SOidView key, std::uint32_t prefix) noexcept
 {
-    const std::uint64_t high = prefix < key.length ? key.arcs[prefix] : 0;
-    const std::uint64_t low = prefix + 1 < key.length ? key.arcs[prefix + 1] : 0;
-    return high << 32 | low;
+    constexpr std::uint32_t largest = 0xFFFF;
+    std::uint64_t head = 0;
+    const std::uint32_t end = std::min(prefix + kHeadArcs, key.length);
+    int shift = 64;
+    for (std::uint32_t i = prefix; i < end; ++i) {
+        shift -= 16;
+        const std::uint32_t arc = key.arcs[i];
+        if (arc >= largest - 1) return head | std::uint64_t{largest} << shift;
+        head |= std::uint64_t{arc + 1} << shift;
+    }
+    return head;
 }
 
-/// First of `count` heads that isn't below. Without branches that depend on the data.
-std::uint32_t LowerBound(std::uint64_t const * heads, std::uint32_t count, std::uint64_t head) noexcept
+/// Whether a head holds all arcs of a key of this length.
+bool IsWhole(std::uint64_t head, std::uint32_t prefix, std::uint32_t length) noexcept
 {
-    std::uint64_t const * base = heads;
-    while (count > 1) {
-        const std::uint32_t half = count / 2;
-        base += base[half - 1] < head ? half : 0;
-        count -= half;
+    if (length > prefix + kHeadArcs) return false;
+    if (length <= prefix) return true;
+    const std::uint32_t last = static_cast<std::uint32_t>(head >> 16 * (prefix + kHeadArcs - length)) & 0xFFFF;
+    return last != 0 && last != 0xFFFF; // 0: an arc before it was too large
+}
+
+/// How many of some heads, `Stride` apart, are below. Without a branch.
+template <std::size_t Stride, std::size_t... Index>
+std::uint32_t CountBelow(std::uint64_t const * heads, std::uint64_t head, std::index_sequence<Index...>) noexcept
+{
+    return ((heads[Index * Stride] < head ? 1u : 0u) + ...);
+}
+
+/// First of a node's heads that isn't below. Unused places hold the largest number, so all nodes take the same few
+/// comparisons: the group by its last head, then the place in the group.
+template <std::size_t Count>
+std::uint32_t LowerBound(std::uint64_t const (&heads)[Count], std::uint64_t head) noexcept
+{
+    constexpr std::size_t group = 8;
+    static_assert(Count % group == 0);
+    const std::uint32_t first =
+        group * CountBelow<group>(heads + group - 1, head, std::make_index_sequence<Count / group - 1>());
+    return first + CountBelow<1>(heads + first, head, std::make_index_sequence<group>());
+}
+
+/// Number of arcs, `count` at most, in which both agree, of which the first `from` are known.
+std::uint32_t Agree(std::uint32_t const * left, std::uint32_t const * right, std::uint32_t from,
+                    std::uint32_t count) noexcept
+{
+    for (std::uint64_t pairs[2]; from + 2 <= count; from += 2) {
+        std::memcpy(pairs, left + from, sizeof(pairs[0]));
+        std::memcpy(pairs + 1, right + from, sizeof(pairs[1]));
+        if (pairs[0] != pairs[1]) break;
     }
-    return static_cast<std::uint32_t>(base - heads) + (count == 1 && *base < head ? 1 : 0);
+    while (from < count && left[from] == right[from])
+        ++from;
+    return from;
+}
+
+/// Has memory fetched that will be read soon.
+void Prefetch([[maybe_unused]] SMibCell const * cell) noexcept
+{
+#if defined(__GNUC__)
+    __builtin_prefetch(cell);
+    __builtin_prefetch(reinterpret_cast<unsigned char const *>(cell) + 64);
+#endif
 }
 
 bool IsOctets(std::uint8_t type) noexcept
@@ -54,47 +104,63 @@ std::string_view SMibCell::Name() const noexcept
 
 // Searching
 
-CMibStore::SSlot CMibStore::Search(SNode const & node, SOidView key) noexcept
+/// One node's part of a search.
+inline std::uint32_t CMibStore::SSearch::In(SNode const & node) noexcept
 {
     const std::uint32_t prefix = node.prefixLength;
     const std::uint32_t compared = std::min(prefix, key.length);
-    for (std::uint32_t i = 0; i < compared; ++i) {
-        if (key.arcs[i] != node.prefix[i]) return {key.arcs[i] < node.prefix[i] ? 0u : node.count, false};
-    }
-    if (key.length < prefix) return {0, false};
+    const std::uint32_t agree = Agree(key.arcs, node.prefix, shared, compared);
+    shared = std::max(shared, agree);
+    if (agree < compared) return key.arcs[agree] < node.prefix[agree] ? 0u : node.count;
+    if (key.length < prefix) return 0;
 
     const std::uint64_t head = Head(key, prefix);
-    std::uint32_t low = LowerBound(node.heads, node.count, head);
-    if (low == node.count || node.heads[low] != head) return {low, false};
-    // With one length for all and nothing behind the head there is only one such key.
-    if (key.length == node.commonLength && key.length <= prefix + 2) return {low, true};
+    const std::uint32_t low = std::min<std::uint32_t>(LowerBound(node.heads, head), node.count);
+    if (low == node.count || node.heads[low] != head) return low;
+    // Where heads hold whole keys, only one has this head.
+    if (node.longest <= prefix + kHeadArcs && IsWhole(head, prefix, key.length)) {
+        exact = true;
+        return low;
+    }
+    return AmongTies(node, low);
+}
 
+/// Among keys with the same head, from `low` on.
+std::uint32_t CMibStore::SSearch::AmongTies(SNode const & node, std::uint32_t low) noexcept
+{
     std::uint32_t high = low + 1;
-    while (high < node.count && node.heads[high] == head)
+    while (high < node.count && node.heads[high] == node.heads[low])
         ++high;
     while (low < high) {
         const std::uint32_t middle = (low + high) / 2;
-        const int order = CompareOids(node.keys[middle]->Key(), key, prefix);
-        if (order == 0) return {middle, true};
+        const int order = CompareOids(node.keys[middle]->Key(), key, node.prefixLength);
+        exact = order == 0;
+        if (exact) return middle;
         if (order < 0) {
             low = middle + 1;
         } else {
             high = middle;
         }
     }
-    return {low, false};
+    return low;
 }
 
 CMibStore::SPlace CMibStore::Locate(SOidView key) const noexcept
 {
     SNode * node = m_root;
     if (node == nullptr) return {nullptr, 0, false};
-    while (!node->isLeaf) {
-        const SSlot at = Search(*node, key);
-        node = static_cast<SInner *>(node)->children[at.exact ? at.slot + 1 : at.slot];
+    // Arcs that the key shares with the separators next to it, from below and from above: so do all keys between.
+    std::uint32_t below = 0;
+    std::uint32_t above = 0;
+    for (SSearch search{key};; search.exact = false) {
+        search.shared = std::min(below, above);
+        const std::uint32_t slot = search.In(*node);
+        if (node->isLeaf) return {static_cast<SLeaf *>(node), slot, search.exact};
+        const std::uint32_t child = search.exact ? slot + 1 : slot;
+        if (child != 0) below = search.shared;
+        if (child != node->count) above = search.shared;
+        node = static_cast<SInner *>(node)->children[child];
     }
-    const SSlot at = Search(*node, key);
-    return {static_cast<SLeaf *>(node), at.slot, at.exact};
 }
 
 SMibCell * CMibStore::Find(SOidView key) const noexcept
@@ -108,7 +174,11 @@ SMibCell * CMibStore::FindAbove(SOidView key) const noexcept
     SPlace place = Locate(key);
     if (place.leaf == nullptr) return nullptr;
     if (place.exact) ++place.slot;
-    if (place.slot < place.leaf->count) return place.leaf->keys[place.slot];
+    if (place.slot < place.leaf->count) {
+        // A walk will ask for the one behind it next.
+        if (place.slot + 1u < place.leaf->count) Prefetch(place.leaf->keys[place.slot + 1]);
+        return place.leaf->keys[place.slot];
+    }
     return place.leaf->next != nullptr ? place.leaf->next->keys[0] : nullptr;
 }
 
@@ -123,11 +193,11 @@ void CMibStore::Reindex(SNode & node) noexcept
     const std::uint32_t prefix = std::min(common, kPrefixArcs);
     node.prefixLength = static_cast<std::uint16_t>(prefix);
     std::copy(first.arcs, first.arcs + prefix, node.prefix);
-    node.commonLength = first.length;
+    node.longest = 0;
     for (std::uint32_t i = 0; i < node.count; ++i) {
         const SOidView key = node.keys[i]->Key();
         node.heads[i] = Head(key, prefix);
-        if (key.length != first.length) node.commonLength = 0;
+        node.longest = std::max(node.longest, key.length);
     }
 }
 
@@ -147,7 +217,7 @@ void CMibStore::InsertKey(SNode & node, std::uint32_t slot, SMibCell * cell) noe
         return;
     }
     node.heads[slot] = Head(key, prefix.length);
-    if (key.length != node.commonLength) node.commonLength = 0;
+    node.longest = std::max(node.longest, key.length);
 }
 
 /// Moves the keys from `slot` on to an empty node.
@@ -155,7 +225,14 @@ void CMibStore::MoveTail(SNode & from, std::uint32_t slot, SNode & to) noexcept
 {
     std::copy(from.keys + slot, from.keys + from.count, to.keys);
     to.count = static_cast<std::uint16_t>(from.count - slot);
-    from.count = static_cast<std::uint16_t>(slot);
+    Shrink(from, slot);
+}
+
+/// Drops the keys from `count` on.
+void CMibStore::Shrink(SNode & node, std::uint32_t count) noexcept
+{
+    std::fill(node.heads + count, node.heads + node.count, kNoHead);
+    node.count = static_cast<std::uint16_t>(count);
 }
 
 std::uint32_t CMibStore::ChildIndex(SInner const & parent, SNode const & child) noexcept
@@ -212,7 +289,7 @@ void CMibStore::SplitInner(SInner & inner)
     SMibCell * const separator = inner.keys[middle];
     std::copy(inner.children + middle + 1, inner.children + inner.count + 1, next->children);
     MoveTail(inner, middle + 1, *next);
-    --inner.count;
+    Shrink(inner, middle);
     for (std::uint32_t i = 0; i <= next->count; ++i)
         next->children[i]->parent = next;
     Reindex(inner);
@@ -259,7 +336,7 @@ void CMibStore::RemoveChild(SNode & node) noexcept
         std::copy(parent->children + child + 1, parent->children + parent->count + 1, parent->children + child);
         std::copy(parent->keys + key + 1, parent->keys + parent->count, parent->keys + key);
         std::copy(parent->heads + key + 1, parent->heads + parent->count, parent->heads + key);
-        --parent->count;
+        Shrink(*parent, parent->count - 1u);
     }
     DeleteNode(node);
     while (m_root != nullptr && !m_root->isLeaf && m_root->count == 0) {

@@ -45,8 +45,8 @@ struct SMibCell {
 
 /// The ordered container of the MIB tree: OIDs lead to entries, in the order of SnmpUtilOidCmp, each once.
 ///
-/// A B+ tree. A node keeps the arcs that all its keys have in common, and of each key the two arcs behind them
-/// as one number, so a search rarely looks at the keys themselves. Constants without callbacks that cannot be
+/// A B+ tree. A node keeps the arcs that all its keys have in common, and of each key the next arcs as one
+/// number, so a search rarely looks at the keys themselves. Constants without callbacks that cannot be
 /// written are stored in the compact form of SMibCell; all others as MibEntry, whose address is stable.
 ///
 /// One thread at a time. What raises std::bad_alloc leaves the store as it was.
@@ -100,6 +100,7 @@ private:
 
     static constexpr std::uint32_t kNodeKeys = 64;
     static constexpr std::uint32_t kPrefixArcs = 20;
+    static constexpr std::uint64_t kNoHead = UINT64_MAX;
 
     struct SInner;
     struct SNode {
@@ -107,13 +108,13 @@ private:
         std::uint16_t count = 0;        // keys
         std::uint16_t prefixLength = 0; // arcs common to all keys, kPrefixArcs at most
         bool isLeaf;
-        std::uint16_t lastInsert = 0;   // slot of the key that came last, to see rising sequences
-        std::uint32_t commonLength = 0; // arcs of each key if all have as many, else 0
+        std::uint16_t lastInsert = 0; // slot of the key that came last, to see rising sequences
+        std::uint32_t longest = 0;    // arcs that no key exceeds
         std::uint32_t prefix[kPrefixArcs];
-        std::uint64_t heads[kNodeKeys]; // the two arcs behind the prefix, 0 for missing ones
+        std::uint64_t heads[kNodeKeys]; // the arcs behind the prefix, see Head; kNoHead if unused
         SMibCell * keys[kNodeKeys];
 
-        explicit SNode(bool leaf) noexcept : isLeaf(leaf) {}
+        explicit SNode(bool leaf) noexcept : isLeaf(leaf) { std::fill(heads, heads + kNodeKeys, kNoHead); }
     };
     struct SLeaf : SNode {
         SLeaf * previous = nullptr;
@@ -125,9 +126,15 @@ private:
         SNode * children[kNodeKeys + 1];
         SInner() noexcept : SNode(false) {}
     };
-    struct SSlot {
-        std::uint32_t slot; // first key not below
-        bool exact;
+    /// A search on its way down.
+    struct SSearch {
+        SOidView key;
+        std::uint32_t shared = 0; // arcs, at least, that the key has in common with all keys of the node
+        bool exact = false;       // the key itself was found
+
+        /// Slot of the first key not below.
+        std::uint32_t In(SNode const & node) noexcept;
+        std::uint32_t AmongTies(SNode const & node, std::uint32_t low) noexcept;
     };
     struct SPlace {
         SLeaf * leaf;
@@ -135,9 +142,9 @@ private:
         bool exact;
     };
 
-    static SSlot Search(SNode const & node, SOidView key) noexcept;
     static void Reindex(SNode & node) noexcept;
     static void InsertKey(SNode & node, std::uint32_t slot, SMibCell * cell) noexcept;
+    static void Shrink(SNode & node, std::uint32_t count) noexcept;
     static void MoveTail(SNode & from, std::uint32_t slot, SNode & to) noexcept;
     static std::uint32_t ChildIndex(SInner const & parent, SNode const & child) noexcept;
 
@@ -194,7 +201,7 @@ std::uint32_t CMibStore::EraseFrom(SOidView first, TDecide decide) noexcept
             m_size -= slot - kept;
             std::copy(leaf->heads + slot, leaf->heads + leaf->count, leaf->heads + kept);
             std::copy(leaf->keys + slot, leaf->keys + leaf->count, leaf->keys + kept);
-            leaf->count = static_cast<std::uint16_t>(leaf->count - (slot - kept));
+            Shrink(*leaf, leaf->count - (slot - kept));
             SettleLeaf(*leaf);
         }
         leaf = next;

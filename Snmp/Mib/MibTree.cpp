@@ -32,6 +32,18 @@ AsnAny NullValue() noexcept
     return value;
 }
 
+void TraceConstant(bool isScalar, char const * name, RFC1157VarBind const & binding, std::uint32_t access)
+{
+    std::string text;
+    VarBindToText(text, &binding);
+    if (isScalar) {
+        CDebug::Trace(1, "\n## Const MIB entry  : %-30s%s %s", Printable(name), IsReadWrite(access) ? " (RW) -" : " -",
+                      text.c_str());
+    } else {
+        CDebug::Trace(1, "\n## Const table entry: %-30s - %s", Printable(name), text.c_str());
+    }
+}
+
 void TraceDelete(AsnObjectIdentifier const & oid) noexcept
 try {
     std::string text;
@@ -124,20 +136,24 @@ CMibTree::~CMibTree()
 void CMibTree::InsertConstant(EKind kind, char const * name, AsnObjectIdentifier const & oid, AsnAny const & value,
                               std::uint32_t access)
 {
-    RFC1157VarBind binding{};
-    binding.name = oid;
-    binding.value = value;
-    if (CDebug::Enabled()) {
-        std::string text;
-        VarBindToText(text, &binding);
-        if (kind == EKind::Scalar) {
-            CDebug::Trace(1, "\n## Const MIB entry  : %-30s%s %s", Printable(name),
-                          IsReadWrite(access) ? " (RW) -" : " -", text.c_str());
-        } else {
-            CDebug::Trace(1, "\n## Const table entry: %-30s - %s", Printable(name), text.c_str());
-        }
+    if (CDebug::Enabled()) TraceConstant(kind == EKind::Scalar, name, {oid, value}, access);
+    if (IsReadWrite(access) || !CMibStore::IsCompact(value)) {
+        const RFC1157VarBind binding{oid, value};
+        MibInsertEntry(&binding, name, access, {}, {}, {}, {}, nullptr);
+        return;
     }
-    MibInsertEntry(&binding, name, access, {}, {}, {}, {}, nullptr);
+    const CLock lock(m_treeLock);
+    StoreConstant(name, oid, value, access);
+}
+
+/// Under the lock: a constant whose value has a compact form.
+void CMibTree::StoreConstant(char const * name, AsnObjectIdentifier const & oid, AsnAny const & value,
+                             std::uint32_t access)
+{
+    if (m_objects.PutConstant(SOidView(oid), name, value)) return;
+    MibEntry & entry = StoreVariable(oid, name, {}, access);
+    m_objects.BorrowContext(entry, nullptr);
+    entry.SetBinding({oid, value});
 }
 
 void CMibTree::InsertText(EKind kind, char const * name, AsnObjectIdentifier const & oid, char const * value,
@@ -354,10 +370,11 @@ void CMibTree::MibInsertEntry(RFC1157VarBind const * varbind, char const * name,
     const SCallbacks callbacks{getFunc, setFunc, getSetFunc, checkGetFunc};
     const bool compact =
         !callbacks.AnySet() && context == nullptr && !IsReadWrite(access) && CMibStore::IsCompact(varbind->value);
-    const SOidView key(varbind->name);
-
     const CLock lock(m_treeLock);
-    if (compact && m_objects.PutConstant(key, name, varbind->value)) return;
+    if (compact) {
+        StoreConstant(name, varbind->name, varbind->value, access);
+        return;
+    }
     MibEntry & entry = StoreVariable(varbind->name, name, callbacks, access);
     m_objects.BorrowContext(entry, context);
     entry.SetBinding(*varbind);

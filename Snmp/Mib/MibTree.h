@@ -183,6 +183,7 @@ private:
                     std::uint32_t type, std::uint32_t access);
     void InsertNumber(EKind kind, char const * name, AsnObjectIdentifier const & oid, std::uint32_t value,
                       std::uint32_t type, std::uint32_t access);
+    void StoreConstant(char const * name, AsnObjectIdentifier const & oid, AsnAny const & value, std::uint32_t access);
     MibEntry & StoreVariable(AsnObjectIdentifier const & oid, char const * name, SCallbacks const & callbacks,
                              std::uint32_t access);
     std::uint32_t CallBack(MibCallback const & callback, MibEntry & entry, RFC1157VarBind & binding, MibMode mode);
