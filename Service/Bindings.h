@@ -1,0 +1,70 @@
+#ifndef SERVICE_BINDINGS_H
+#define SERVICE_BINDINGS_H
+
+#include <cstdint>
+
+#include "Arcs.h"
+#include "Platform/SnmpExtension.h"
+
+namespace Service {
+
+/// A value that came from an extension. Owns its memory.
+class CValue {
+public:
+    CValue() noexcept { m_any.asnType = ASN_NULL; }
+    /// Takes over what `any` owns.
+    explicit CValue(AsnAny const & any) noexcept : m_any(any) {}
+    CValue(CValue && other) noexcept : m_any(other.m_any) { other.m_any.asnType = ASN_NULL; }
+    CValue & operator=(CValue && other) noexcept;
+    CValue(CValue const &) = delete;
+    CValue & operator=(CValue const &) = delete;
+    ~CValue();
+
+    AsnAny const & Any() const noexcept { return m_any; }
+    /// Gives the value away; the caller frees it.
+    AsnAny Release() noexcept;
+    bool IsNull() const noexcept { return m_any.asnType == ASN_NULL; }
+    /// Whether it is of a type with contents that a manager can be told. What isn't came from a faulty
+    /// extension.
+    bool IsUsable() const noexcept;
+
+private:
+    AsnAny m_any{};
+};
+
+/// The list of bindings of one call to an extension. Owns all of it. The extension works in it as it pleases,
+/// so nothing that comes back is taken for granted.
+class CBindings {
+public:
+    CBindings() = default;
+    ~CBindings() { Clear(); }
+    CBindings(CBindings && other) noexcept;
+    CBindings(CBindings const &) = delete;
+    CBindings & operator=(CBindings const &) = delete;
+
+    /// Frees the bindings and makes room for `count` new ones. False: no memory.
+    bool Prepare(std::uint32_t count) noexcept;
+    /// Appends a binding with a Null value, up to the prepared count. False: no memory.
+    bool Add(ArcView name) noexcept;
+    /// The value of the binding added last, to be filled in.
+    void SetLastValue(AsnAny const & value) noexcept { m_list.list[m_count - 1].value = value; }
+    void Clear() noexcept;
+
+    RFC1157VarBindList & List() noexcept { return m_list; }
+    /// Whether the list still has as many bindings as were added.
+    bool IsIntact() const noexcept { return m_list.len == m_count && (m_count == 0 || m_list.list != nullptr); }
+    std::uint32_t Count() const noexcept { return m_list.list == nullptr ? 0 : m_list.len; }
+    /// Name of a binding. Empty when it is none or has more arcs than a name may have.
+    ArcView Name(std::uint32_t index) const noexcept;
+    /// Takes the value out of a binding.
+    CValue TakeValue(std::uint32_t index) noexcept;
+
+private:
+    RFC1157VarBindList m_list{};
+    std::uint32_t m_count = 0;
+    std::uint32_t m_capacity = 0;
+};
+
+} // namespace Service
+
+#endif

@@ -1,0 +1,39 @@
+#ifndef SERVICE_PUMP_H
+#define SERVICE_PUMP_H
+
+#include "NetSnmp.h"
+
+#include <vector>
+
+namespace Service {
+
+/// Waits for Net-SNMP's sockets and our own descriptors together, and lets Net-SNMP work.
+/// Threads: the owner of the loop.
+class CPump {
+public:
+    CPump();
+    ~CPump();
+    CPump(CPump const &) = delete;
+    CPump & operator=(CPump const &) = delete;
+
+    /// Watches a descriptor besides Net-SNMP's. It stays its owner's.
+    void Watch(int descriptor) { m_own.push_back(descriptor); }
+    /// Waits until something happens, at most `maxMs` milliseconds, below 0 as long as Net-SNMP allows, and
+    /// serves Net-SNMP.
+    void Turn(int maxMs);
+    /// Whether the descriptor was readable in the last turn.
+    bool WasReadable(int descriptor) const;
+
+private:
+    bool Wait(int maxMs);
+
+    netsnmp_large_fd_set m_read;
+    netsnmp_large_fd_set m_write;
+    netsnmp_large_fd_set m_except;
+    std::vector<int> m_own;
+    bool m_anything = false;
+};
+
+} // namespace Service
+
+#endif

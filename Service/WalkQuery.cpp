@@ -1,0 +1,146 @@
+#include "WalkQuery.h"
+
+#include <algorithm>
+
+namespace Service {
+
+std::size_t CWalkQuery::AddColumn(ArcView start, bool inclusive, ArcView root, ArcView end, std::size_t wanted)
+{
+    SColumn column;
+    column.root.assign(root.begin(), root.end());
+    column.end.assign(end.begin(), end.end());
+    column.wanted = wanted;
+    if (CompareArcs(start, root) < 0) {
+        start = root;
+        inclusive = true;
+    }
+    column.nameLength = start.size();
+    column.nameAt = Keep(start);
+    // The root of a region is a node of the tree and never an object.
+    column.inclusive = inclusive && start.size() > root.size() && IsInside(start, root);
+    column.ended = CompareArcs(start, root) > 0 && !IsInside(start, root);
+    m_columns.push_back(std::move(column));
+    return m_columns.size() - 1;
+}
+
+void CWalkQuery::Run(SEntryPoints const & extension) noexcept
+try {
+    for (std::size_t i = 0; i < m_columns.size(); ++i)
+        if (m_columns[i].inclusive && m_columns[i].IsOpen() && !IsDropped()) AskInclusive(extension, i);
+    while (!IsDropped() && CollectOpen() && AskOnce(extension)) {
+    }
+} catch (...) {
+    for (SColumn & column : m_columns) {
+        if (column.IsOpen()) column.status = SNMP_ERRORSTATUS_GENERR;
+        column.ended = true;
+    }
+}
+
+void CWalkQuery::ForgetResults()
+{
+    m_results.clear();
+    // Only the names from which the columns go on are still needed.
+    CArcs kept;
+    for (SColumn & column : m_columns) {
+        const ArcView name = View(column.nameAt, column.nameLength);
+        column.nameAt = kept.size();
+        kept.insert(kept.end(), name.begin(), name.end());
+    }
+    m_arcs.swap(kept);
+}
+
+bool CWalkQuery::WantsMore() const noexcept
+{
+    return std::any_of(m_columns.begin(), m_columns.end(), [](SColumn const & column) { return column.IsOpen(); });
+}
+
+std::size_t CWalkQuery::Keep(ArcView name)
+{
+    const std::size_t at = m_arcs.size();
+    m_arcs.insert(m_arcs.end(), name.begin(), name.end());
+    return at;
+}
+
+bool CWalkQuery::CollectOpen()
+{
+    m_asked.clear();
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        if (m_columns[i].IsOpen()) m_asked.push_back(i);
+        if (m_oneByOne && !m_asked.empty()) break;
+    }
+    return !m_asked.empty();
+}
+
+bool CWalkQuery::AskOnce(SEntryPoints const & extension)
+{
+    if (!m_bindings.Prepare(static_cast<std::uint32_t>(m_asked.size()))) return Fail(0, SNMP_ERRORSTATUS_GENERR);
+    for (const std::size_t index : m_asked)
+        if (!m_bindings.Add(View(m_columns[index].nameAt, m_columns[index].nameLength)))
+            return Fail(0, SNMP_ERRORSTATUS_GENERR);
+    return TakeVerdict(Ask(extension, SNMP_PDU_GETNEXT, m_bindings));
+}
+
+bool CWalkQuery::TakeVerdict(SVerdict verdict)
+{
+    const auto count = static_cast<std::uint32_t>(m_asked.size());
+    if (verdict.status == SNMP_ERRORSTATUS_NOERROR) {
+        for (std::uint32_t i = 0; i < count; ++i)
+            TakeAnswer(i);
+        return true;
+    }
+    if (verdict.index == 0 && count == 1) verdict.index = 1;
+    if (verdict.status != SNMP_ERRORSTATUS_NOSUCHNAME)
+        return Fail(verdict.index == 0 ? 0 : verdict.index - 1, verdict.status);
+    if (verdict.index == 0)
+        m_oneByOne = true;
+    else // how version 1 says that nothing follows; the rest is asked again
+        m_columns[m_asked[verdict.index - 1]].ended = true;
+    return true;
+}
+
+void CWalkQuery::TakeAnswer(std::uint32_t position)
+{
+    const std::size_t index = m_asked[position];
+    SColumn & column = m_columns[index];
+    const ArcView name = m_bindings.Name(position);
+    if (!IsNext(column, name)) {
+        column.ended = true;
+        return;
+    }
+    column.nameAt = Keep(name);
+    column.nameLength = name.size();
+    CValue value = m_bindings.TakeValue(position);
+    // An object without a value isn't shown, nor is one whose value nobody could read.
+    if (!value.IsUsable()) return;
+    --column.wanted;
+    m_results.push_back({index, column.nameAt, column.nameLength, std::move(value)});
+}
+
+void CWalkQuery::AskInclusive(SEntryPoints const & extension, std::size_t index)
+{
+    SColumn & column = m_columns[index];
+    column.inclusive = false;
+    if (!m_bindings.Prepare(1) || !m_bindings.Add(View(column.nameAt, column.nameLength))) return;
+    if (Ask(extension, SNMP_PDU_GET, m_bindings).status != SNMP_ERRORSTATUS_NOERROR) return;
+    CValue value = m_bindings.TakeValue(0);
+    if (!value.IsUsable()) return;
+    --column.wanted;
+    m_results.push_back({index, column.nameAt, column.nameLength, std::move(value)});
+}
+
+bool CWalkQuery::IsNext(SColumn const & column, ArcView name) const noexcept
+{
+    // A name that isn't behind the one asked for would let a manager walk in circles.
+    return IsInside(name, column.root) && CompareArcs(name, View(column.nameAt, column.nameLength)) > 0 &&
+           (column.end.empty() || CompareArcs(name, column.end) < 0);
+}
+
+bool CWalkQuery::Fail(std::uint32_t position, std::uint32_t status)
+{
+    m_columns[m_asked[position]].status = status;
+    for (SColumn & column : m_columns)
+        column.ended = true;
+    return false;
+}
+
+} // namespace Service

@@ -1,0 +1,183 @@
+#include "NetSnmp.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "Agent.h"
+#include "CommandLine.h"
+#include "ExtensionLibrary.h"
+#include "Log.h"
+#include "Loop.h"
+#include "Platform/Clock.h"
+#include "Platform/Environment.h"
+#include "Platform/Module.h"
+#include "Platform/Signals.h"
+#include "Platform/Supervisor.h"
+#include "RegionHandler.h"
+
+namespace Service {
+
+namespace {
+
+using CLibraries = std::vector<std::unique_ptr<CExtensionLibrary>>;
+
+constexpr int kFailed = 1;
+constexpr int kWrongUsage = 2;
+
+int Fail(std::string const & error)
+{
+    CLog::Write(EPriority::Error, error);
+    return kFailed;
+}
+
+/// The service from a good command line to its end.
+class CService {
+public:
+    explicit CService(SOptions const & options) : m_options(options) {}
+
+    int Run()
+    {
+        std::string error;
+        if (!LoadLibraries(error)) return Fail(error);
+        if (m_options.check) return Check();
+        return Start(error) ? Serve() : Fail(error);
+    }
+
+private:
+    bool LoadLibraries(std::string & error)
+    {
+        if (!m_options.registry.empty()) Platform::SetEnvironmentText("KXRA_REGISTRY", m_options.registry);
+        if (!m_options.systemDirectory.empty())
+            Platform::SetEnvironmentText("KXRA_SYSTEM_DIRECTORY", m_options.systemDirectory);
+        for (std::string const & file : m_options.libraries) {
+            auto library = CExtensionLibrary::Load(file, error);
+            if (library == nullptr) return false;
+            m_libraries.push_back(std::move(library));
+        }
+        return true;
+    }
+
+    bool InitAgent(std::string & error)
+    {
+        return m_agent.Init(
+            m_options, [this](bool present) { OnMaster(present); }, error);
+    }
+
+    void OnMaster(bool present)
+    {
+        m_masterPresent = present;
+        if (m_loop != nullptr) m_loop->SetMasterPresent(present);
+    }
+
+    int Check()
+    {
+        std::string error;
+        if (!InitAgent(error)) return Fail(error);
+        m_agent.ReleaseMessages();
+        if (m_agent.ConfigComplaints() != 0) return Fail("the configuration " + m_options.config + " has errors");
+        std::string files;
+        for (auto const & library : m_libraries)
+            files += " " + library->File();
+        std::printf("kxra-snmpd: configuration and libraries are in order:%s\n", files.c_str());
+        return EXIT_SUCCESS;
+    }
+
+    bool Start(std::string & error)
+    {
+        if (!m_wakeUp.IsValid()) {
+            error = "no descriptor left to start with";
+            return false;
+        }
+        Platform::IgnoreBrokenPipes();
+        Platform::WatchStopRequests(m_wakeUp);
+        // Listening comes first: it fails for the most reasons, and an extension isn't started for nothing.
+        if (!InitAgent(error) || !m_agent.AddTrapSinks(m_options, error)) return false;
+        if (m_options.agentX.empty() && !m_agent.Listen(m_options, error)) return false;
+        const auto uptimeReference = static_cast<std::uint32_t>(Platform::TickCountMs() / 10);
+        for (auto const & library : m_libraries)
+            if (!library->Start(uptimeReference, error)) return false;
+        m_loop = std::make_unique<CLoop>(m_libraries, SLoopTimes{m_options.answerWithinMs, m_options.watchdogMs},
+                                         m_wakeUp, !m_options.agentX.empty());
+        m_loop->SetMasterPresent(m_options.agentX.empty() || m_masterPresent);
+        return RegisterRegions(error);
+    }
+
+    bool RegisterRegions(std::string & error)
+    {
+        for (auto const & library : m_libraries) {
+            m_regions.push_back(std::make_unique<SRegion>(SRegion{*m_loop, *library}));
+            for (CArcs const & root : library->Regions())
+                if (!RegisterRegion(*m_regions.back(), root, error)) return false;
+        }
+        return true;
+    }
+
+    int Serve()
+    {
+        m_agent.ReleaseMessages();
+        CLog::Write(EPriority::Info,
+                    m_options.agentX.empty() ? "listening on " + m_options.listen : "subagent of " + m_options.agentX);
+        Platform::TellSupervisor("READY=1");
+        m_loop->Run([this](std::vector<bool> const & busy) { EndNow(busy); });
+        // Net-SNMP first, so that nobody asks an extension that has stopped.
+        m_agent.Shutdown();
+        m_libraries.clear();
+        CLog::Write(EPriority::Info, "ended");
+        return EXIT_SUCCESS;
+    }
+
+    /// The end while a call is still inside an extension: that one is left alone, since taking its code away
+    /// would crash the process, and so are the threads.
+    [[noreturn]] void EndNow(std::vector<bool> const & busy)
+    {
+        m_agent.Shutdown();
+        for (std::size_t i = 0; i < m_libraries.size(); ++i) {
+            if (busy[i]) {
+                CLog::Write(EPriority::Warning, "ending while a call is inside " + m_libraries[i]->File());
+                m_libraries[i]->Abandon();
+            }
+        }
+        m_libraries.clear();
+        CLog::Write(EPriority::Info, "ended");
+        std::fflush(nullptr);
+        std::_Exit(EXIT_SUCCESS);
+    }
+
+    SOptions const & m_options;
+    Platform::CWakeUp m_wakeUp;
+    CLibraries m_libraries;
+    CAgent m_agent;
+    bool m_masterPresent = false;
+    std::unique_ptr<CLoop> m_loop;
+    std::vector<std::unique_ptr<SRegion>> m_regions;
+};
+
+int Main(int argc, char ** argv)
+{
+    CLog::Init();
+    std::string program;
+    Platform::ProgramPath(program);
+    const SCommand command = ReadCommandLine(argc, argv, DefaultLibrary(program));
+    switch (command.command) {
+    case ECommand::Done:
+        std::fputs(command.text.c_str(), stdout);
+        return EXIT_SUCCESS;
+    case ECommand::Wrong:
+        CLog::Write(EPriority::Error, command.text);
+        return kWrongUsage;
+    default:
+        return CService(command.options).Run();
+    }
+}
+
+} // namespace
+
+} // namespace Service
+
+int main(int argc, char ** argv)
+try {
+    return Service::Main(argc, argv);
+} catch (std::exception const & error) {
+    Service::CLog::Write(Service::EPriority::Error, error.what());
+    return EXIT_FAILURE;
+}
