@@ -108,6 +108,16 @@ void ReadAddress(sockaddr_storage const & in, std::uint16_t & portHostOrder, voi
     }
 }
 
+void CopyAddress(sockaddr_storage & out, sockaddr const & address) noexcept
+{
+    out = {};
+    const SocketFamily family = FamilyOf(address);
+    const std::size_t size = family == SocketFamily::IPv4   ? sizeof(sockaddr_in)
+                             : family == SocketFamily::IPv6 ? sizeof(sockaddr_in6)
+                                                            : sizeof address.sa_family;
+    std::memcpy(&out, static_cast<void const *>(&address), size);
+}
+
 ErrorCode OpenTcpSocket(SocketHandle & out, SocketFamily family) noexcept
 {
     if (family == SocketFamily::Other) return EAFNOSUPPORT;

@@ -552,6 +552,23 @@ TEST(AddressTest, PortAndAddressComeBackAsTheyWereFilledIn)
     }
 }
 
+TEST(AddressTest, AreCopiedAsFarAsTheirFamilyGoes)
+{
+    for (const SocketFamily family : {SocketFamily::IPv4, SocketFamily::IPv6}) {
+        const sockaddr_storage address = Loopback(family, 80);
+        sockaddr_storage copy;
+        CopyAddress(copy, reinterpret_cast<sockaddr const &>(address));
+        EXPECT_EQ(0, std::memcmp(&address, &copy, sizeof copy));
+    }
+    sockaddr other{};
+    other.sa_family = AF_UNIX;
+    std::memset(other.sa_data, 1, sizeof other.sa_data);
+    sockaddr_storage copy;
+    CopyAddress(copy, other);
+    EXPECT_EQ(AF_UNIX, copy.ss_family);
+    EXPECT_EQ(0, reinterpret_cast<sockaddr const &>(copy).sa_data[0]);
+}
+
 TEST(ResolveTest, NumbersAreResolvedWithTheirPort)
 {
     for (char const * host : {"127.0.0.1", "::1"}) {

@@ -44,6 +44,9 @@ SocketFamily FamilyOf(sockaddr const & address) noexcept;
 void FillAddress(sockaddr_storage & out, SocketFamily family, std::uint16_t portHostOrder, void const * address) noexcept;
 void ReadAddress(sockaddr_storage const & in, std::uint16_t & portHostOrder, void * address) noexcept;
 
+/// Copies an address of the system, as far as its family goes; nothing but the family of one that is Other.
+void CopyAddress(sockaddr_storage & out, sockaddr const & address) noexcept;
+
 /// Opens a TCP socket for the family of the address.
 ErrorCode OpenTcpSocket(SocketHandle & out, SocketFamily family) noexcept;
 void CloseSocket(SocketHandle socket) noexcept;
