@@ -38,7 +38,7 @@ CSnmpAgent::CSnmpAgent()
     m_restartAbortEventError = MakeEvent(m_restartAbortEvent, /*manualReset=*/true);
 }
 
-CSnmpAgent::~CSnmpAgent() noexcept(false)
+CSnmpAgent::~CSnmpAgent()
 {
     m_shutdownEvent.Reset();
     m_restartAbortEvent.Reset();

@@ -26,9 +26,8 @@ class CSnmpAgent : public CSnmpMibTree<CSnmpAgent> {
 public:
     CSnmpAgent();
 
-    /// Waits for the main thread as CThread says. An exception out of a derived destructor is traced by the
-    /// frame and goes no further.
-    virtual ~CSnmpAgent() noexcept(false);
+    /// Waits for the main thread as CThread says.
+    virtual ~CSnmpAgent();
     CSnmpAgent(CSnmpAgent const &) = delete;
     CSnmpAgent & operator=(CSnmpAgent const &) = delete;
 
