@@ -1,0 +1,35 @@
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include "Platform/Process.h"
+#include "Support/ScopedVariable.h"
+#include "Support/TempDirectory.h"
+
+TEST(DebugUnloadTest, ALibraryThatTracedUnloadsAndLeavesNoHandleOpen)
+{
+    const CTempDirectory directory;
+    const std::string path = directory.File("trace.log");
+    const CScopedVariable registry(
+        "KXRA_REGISTRY",
+        directory.Write("registry.reg", "Windows Registry Editor Version 5.00\n[HKLM\\SOFTWARE\\Debug\\PROBE]\n"
+                                        "\"FileDebugLevel\"=dword:1\n\"TraceFile\"=\"" +
+                                            path + "\"\n"));
+    directory.Write("trace.log", "#");
+    std::uint32_t before = 0;
+    for (int round = 0; round < 4; ++round) {
+        void * const library = ::dlopen(KXRA_DEBUG_PROBE, RTLD_NOW);
+        ASSERT_NE(nullptr, library) << ::dlerror();
+        using TraceFn = int (*)(char const *);
+        const auto trace = reinterpret_cast<TraceFn>(::dlsym(library, "TraceFromALibrary"));
+        ASSERT_NE(nullptr, trace);
+        EXPECT_EQ(1, trace("PROBE"));
+        ASSERT_EQ(0, ::dlclose(library));
+        EXPECT_EQ(nullptr, ::dlopen(KXRA_DEBUG_PROBE, RTLD_NOW | RTLD_NOLOAD));
+        std::uint32_t handles = 0;
+        ASSERT_TRUE(Platform::HandleCount(handles));
+        if (round == 0) before = handles;
+        EXPECT_EQ(before, handles);
+    }
+    EXPECT_EQ("#\r\nfrom a library\r\nfrom a library\r\nfrom a library\r\nfrom a library", directory.Read("trace.log"));
+}
