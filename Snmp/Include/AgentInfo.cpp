@@ -1,0 +1,24 @@
+#include "Snmp/Include/AgentInfo.h"
+
+#include "Snmp/Include/RecordFrames.h"
+
+namespace SNMP {
+
+namespace {
+
+constexpr std::tuple kFrames{&ORBA_AGENTINFO::Id, &ORBA_AGENTINFO::Company, &ORBA_AGENTINFO::Version,
+                             &ORBA_AGENTINFO::Build};
+
+} // namespace
+
+void ORBA_AGENTINFO::ReadData(CVlkSocket & sock)
+{
+    ReadRecord(*this, kFrames, sock, ERecord::AgentInfo);
+}
+
+void ORBA_AGENTINFO::writeData(CVlkSocket & sock) const
+{
+    WriteRecord(*this, kFrames, sock, ERecord::AgentInfo);
+}
+
+} // namespace SNMP
