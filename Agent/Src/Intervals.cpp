@@ -1,0 +1,11 @@
+#include "Agent/Src/Intervals.h"
+
+SAgentIntervals g_agentIntervals{
+    .firstWaitMs = 1000,
+    .intervalMs = 30000,
+    .listenerSpanMs = 60000,
+    .listenerInitMs = 180000,
+    .closeLooks = 50,
+    .closeLookMs = 100,
+    .breakOffMs = 1000,
+};
