@@ -73,7 +73,8 @@ public:
     /// Returns the old one.
     std::size_t SetLeftMargin(std::size_t margin) noexcept;
 
-    /// Records where a format error was found, and leaves the inserter by a private exception. source: static data.
+    /// Records where the first format error was found, and leaves the inserter by a private exception. For sinks and
+    /// streams. source: static data.
     [[noreturn]] void doThrow(Exceptions::SOURCE_INFO const & source);
     /// What becomes of a format error: raises "Error during stream output", or nothing with FlagSilent (or on a
     /// thread with throwing disabled). The stream stays dead until Reset.
@@ -200,20 +201,20 @@ private:
     void PrintInt(TValue value);
     template <class TUnsigned>
     char * Digits(TUnsigned value, char (&buffer)[DigitRoom]);
-    void InsertText(char const * text, std::size_t n, bool counted);
+    void InsertPlaced(char const * text, std::size_t n, unsigned int maxParameters);
     void OwnFormat(char const * format);
-    void CloseFormat();
+    void Close();
     void WriteRest();
     void BeginPlaceholder();
     bool FindPlaceholder();
     void ParseAlignment();
+    /// These two return true when they consumed the value.
     bool ParseWidth(unsigned int value, unsigned int isInteger);
     bool ParseParameters(unsigned int value, unsigned int isInteger);
     void ParseConversion(unsigned int isInteger);
     unsigned int ParseNumber() noexcept;
     void WriteField(char const * text, std::size_t n);
-    void WriteLine(char const * text, std::size_t n);
-    void DumpRows(unsigned char const * data, std::size_t from, std::size_t to, bool isTail, int digits);
+    void DumpRows(unsigned char const * data, std::size_t from, std::size_t to, int digits);
     void DumpRow(unsigned char const * row, std::size_t n, std::size_t offset, int digits);
 
 protected:
@@ -298,8 +299,11 @@ public:
 protected:
     static constexpr unsigned int MaxFields = 9;
 
+    bool IsMaskGood() const noexcept;
+
     unsigned int m_uNesting;
     unsigned int m_uFields;
+    std::size_t m_uMaskLength;
     std::size_t m_uOffset[MaxFields + 1];
     Strings::TString<512> m_Text; ///< mask, blank, fields
 };

@@ -1,0 +1,123 @@
+#include "StringStreamBuffer.h"
+
+#include <new>
+
+#include "Memory.h"
+#include "VLK/SourceInfo.h"
+#include "VLK/ThreadCB.h"
+
+namespace VLK::Internals {
+
+using Output_Streams::CFormatStream;
+using Strings::CStringVar;
+
+namespace {
+
+/// What a stream gets that could have no sink: it stands in the error state for good and is never written to, so all
+/// threads can share it.
+class CDeadStreamBuffer final : public Output_Streams::Base_Classes::CFormatStreamBuffer {
+public:
+    CDeadStreamBuffer() noexcept : CFormatStreamBuffer(FlagSilent)
+    {
+        VLK_SOURCE(source);
+        m_pError = &source;
+    }
+    unsigned int Write(char const *, std::size_t, unsigned int) override { return 1; }
+    unsigned int Fill(int, std::size_t) override { return 1; }
+};
+
+CDeadStreamBuffer g_DeadBuffer;
+
+} // namespace
+
+CStringStreamBuffer * CStringStreamBuffer::Take(CThreadCB * thread) noexcept
+{
+    if (thread == nullptr || thread->m_StreamPool.pFirst == nullptr) return new (std::nothrow) CStringStreamBuffer;
+    CStringStreamBuffer * const buffer = static_cast<CStringStreamBuffer *>(thread->m_StreamPool.pFirst);
+    thread->m_StreamPool.pFirst = buffer->m_pNext;
+    return buffer;
+}
+
+void CStringStreamBuffer::GiveBack(CThreadCB * thread) noexcept
+{
+    if (thread == nullptr) {
+        delete this;
+        return;
+    }
+    m_pNext = static_cast<CStringStreamBuffer *>(thread->m_StreamPool.pFirst);
+    thread->m_StreamPool.pFirst = this;
+    thread->m_StreamPool.pRelease = &ReleaseList;
+}
+
+void CStringStreamBuffer::ReleaseList(void * first) noexcept
+{
+    for (CStringStreamBuffer * buffer = static_cast<CStringStreamBuffer *>(first); buffer != nullptr;) {
+        CStringStreamBuffer * const next = buffer->m_pNext;
+        delete buffer;
+        buffer = next;
+    }
+}
+
+CFormatStream CStringStreamBuffer::Open(CStringVar & target, char const * format)
+{
+    CStringStreamBuffer * const buffer = Take(CThreadCB::Current());
+    if (buffer == nullptr) {
+        RaiseOutOfMemory();
+        return CFormatStream(g_DeadBuffer, nullptr);
+    }
+    buffer->m_pTarget = &target;
+    buffer->m_uColumn = 0;
+    buffer->m_uLeftMargin = 0;
+    buffer->m_pError = nullptr;
+    buffer->m_uNesting = 1;
+    return CFormatStream(*buffer, format);
+}
+
+CFormatStream CStringStreamBuffer::Format(char const * format)
+{
+    ++m_uNesting;
+    return CFormatStream(*this, format);
+}
+
+void CStringStreamBuffer::SignalFormatCopy()
+{
+    ++m_uNesting;
+}
+
+void CStringStreamBuffer::SignalFormatEnd()
+{
+    if (--m_uNesting != 0) return;
+    // Looked up anew: a thread from outside may have lost its block while the stream was open.
+    CThreadCB * const thread = CThreadCB::Current();
+    if (thread != nullptr && m_pTarget == &thread->m_Name) thread->SetDbgThreadName(m_pTarget->C_Str());
+    GiveBack(thread);
+}
+
+unsigned int CStringStreamBuffer::Write(char const * text, std::size_t n, unsigned int upper)
+{
+    AppendText(*m_pTarget, text, n, upper);
+    return 1;
+}
+
+unsigned int CStringStreamBuffer::Fill(int c, std::size_t n)
+{
+    AppendFill(*m_pTarget, c, n);
+    return 1;
+}
+
+void CStringStreamBuffer::AppendText(CStringVar & target, char const * text, std::size_t n, unsigned int upper)
+{
+    if (n == 0) return;
+    target.AllocCopy(text, n);
+    if (upper == 0) return;
+    // Never more than what was appended, also where the text ended early or didn't fit.
+    std::size_t const appended = target.size() < n ? target.size() : n;
+    UpperCase(target.Data() + (target.size() - appended), appended);
+}
+
+void CStringStreamBuffer::AppendFill(CStringVar & target, int c, std::size_t n)
+{
+    if (n != 0) target(target.size(), 0).Set(static_cast<char>(c), n);
+}
+
+} // namespace VLK::Internals
