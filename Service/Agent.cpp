@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "Listener.h"
 #include "Platform/Environment.h"
 #include "Platform/Error.h"
 
@@ -114,8 +115,6 @@ void CAgent::SetLibraryOptions(SOptions const & options)
     if (isSubagent) {
         SetApplication(NETSNMP_DS_AGENT_NO_CONNECTION_WARNINGS, true);
         netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_X_SOCKET, options.agentX.c_str());
-    } else {
-        netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS, options.listen.c_str());
     }
     // Modules of names are loaded only for who asks for them: the defaults name files that few hosts have.
     if (std::getenv("MIBS") == nullptr) {
@@ -159,9 +158,10 @@ void CAgent::OpenToCommunity(std::string const & community)
 
 bool CAgent::Listen(SOptions const & options, std::string & error)
 {
-    Platform::SetLastError(Platform::Success);
-    if (init_master_agent() == 0) return true;
-    error = "listen on " + options.listen + ": " + ErrorPart(Platform::CrtError());
+    // The addresses are the command line's alone; the rest of a master is Net-SNMP's.
+    netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS, "none");
+    if (init_master_agent() == 0) return ListenOn(options.listen, error);
+    error = "start as a master: " + (m_messages.empty() ? std::string("not possible") : m_messages.back().text);
     return false;
 }
 

@@ -78,20 +78,26 @@ bool CValue::IsUsable() const noexcept
 }
 
 CBindings::CBindings(CBindings && other) noexcept
-    : m_list(other.m_list), m_count(other.m_count), m_capacity(other.m_capacity)
+    : m_list(other.m_list), m_array(other.m_array), m_count(other.m_count), m_capacity(other.m_capacity)
 {
     other.m_list = {};
+    other.m_array = nullptr;
     other.m_count = 0;
     other.m_capacity = 0;
 }
 
 bool CBindings::Prepare(std::uint32_t count) noexcept
 {
+    if (m_array != nullptr && m_list.list == m_array && m_capacity >= count) {
+        FreeBindings();
+        m_count = 0;
+        return true;
+    }
     Clear();
-    auto * array = static_cast<RFC1157VarBind *>(
+    m_array = static_cast<RFC1157VarBind *>(
         SnmpUtilMemAlloc(static_cast<std::uint32_t>(std::max(count, 1u) * sizeof(RFC1157VarBind))));
-    if (array == nullptr) return false;
-    m_list.list = array;
+    if (m_array == nullptr) return false;
+    m_list.list = m_array;
     m_capacity = count;
     return true;
 }
@@ -111,12 +117,21 @@ bool CBindings::Add(ArcView name) noexcept
     return true;
 }
 
-void CBindings::Clear() noexcept
+void CBindings::FreeBindings() noexcept
 {
     // A length that grew in the extension's hands says nothing about the array, which only we allocate.
-    if (m_count != 0) m_list.len = std::min(m_list.len, m_count);
-    if (m_list.list != nullptr) SnmpUtilVarBindListFree(&m_list);
+    const std::uint32_t count = m_array != nullptr ? std::min(m_list.len, m_count) : m_list.len;
+    for (std::uint32_t i = 0; m_list.list != nullptr && i < count; ++i)
+        SnmpUtilVarBindFree(&m_list.list[i]);
+    m_list.len = 0;
+}
+
+void CBindings::Clear() noexcept
+{
+    FreeBindings();
+    SnmpUtilMemFree(m_list.list);
     m_list = {};
+    m_array = nullptr;
     m_count = 0;
     m_capacity = 0;
 }

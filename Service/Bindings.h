@@ -42,7 +42,8 @@ public:
     CBindings(CBindings const &) = delete;
     CBindings & operator=(CBindings const &) = delete;
 
-    /// Frees the bindings and makes room for `count` new ones. False: no memory.
+    /// Frees the bindings and makes room for `count` new ones, in the array of before if it is large enough.
+    /// False: no memory.
     bool Prepare(std::uint32_t count) noexcept;
     /// Appends a binding with a Null value, up to the prepared count. False: no memory.
     bool Add(ArcView name) noexcept;
@@ -60,7 +61,10 @@ public:
     CValue TakeValue(std::uint32_t index) noexcept;
 
 private:
+    void FreeBindings() noexcept;
+
     RFC1157VarBindList m_list{};
+    RFC1157VarBind * m_array = nullptr; ///< ours, of m_capacity; null for a list that the extension made
     std::uint32_t m_count = 0;
     std::uint32_t m_capacity = 0;
 };

@@ -2,6 +2,7 @@
 #define SERVICE_JOB_H
 
 #include <cstdint>
+#include <memory>
 
 #include "Query.h"
 
@@ -26,16 +27,25 @@ public:
 
     std::uint64_t ArrivedMs() const noexcept { return m_arrivedMs; }
     void SetArrivedMs(std::uint64_t nowMs) noexcept { m_arrivedMs = nowMs; }
+    /// Ends the job's life; some are kept to be used again.
+    virtual void Dispose() noexcept { delete this; }
     bool IsAnswered() const noexcept { return m_answered; }
     void SetAnswered() noexcept { m_answered = true; }
 
 protected:
     CJob() = default;
+    /// Makes a job that is used again like a new one.
+    void Renew() noexcept { m_answered = false; }
 
 private:
     std::uint64_t m_arrivedMs = 0;
     bool m_answered = false; ///< refused, or its request is gone; only the call goes on
 };
+
+struct SJobDisposer {
+    void operator()(CJob * job) const noexcept { job->Dispose(); }
+};
+using JobPtr = std::unique_ptr<CJob, SJobDisposer>;
 
 } // namespace Service
 

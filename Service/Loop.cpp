@@ -40,7 +40,7 @@ CWorkQueue & CLoop::QueueOf(CExtensionLibrary const & library)
                           [&](auto const & queue) { return &queue->Library() == &library; });
 }
 
-void CLoop::Submit(CExtensionLibrary const & library, std::unique_ptr<CJob> job)
+void CLoop::Submit(CExtensionLibrary const & library, JobPtr job)
 {
     job->SetArrivedMs(Platform::MonotonicMs());
     if (!QueueOf(library).Push(job)) job->Refuse(SNMP_ERR_RESOURCEUNAVAILABLE);

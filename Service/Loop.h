@@ -40,7 +40,7 @@ public:
           Platform::CWakeUp const & wakeUp, bool isSubagent);
 
     /// Gives the job to the extension's queue, or answers it at once when that is full.
-    void Submit(CExtensionLibrary const & library, std::unique_ptr<CJob> job);
+    void Submit(CExtensionLibrary const & library, JobPtr job);
     /// The master has come or gone; its requests with it.
     void SetMasterPresent(bool present);
 

@@ -29,6 +29,8 @@ public:
 
 protected:
     CQuery() = default;
+    /// For a query that is used again.
+    void Renew() noexcept { m_dropped.store(false, std::memory_order_relaxed); }
     CQuery(CQuery const &) = delete;
     CQuery & operator=(CQuery const &) = delete;
 

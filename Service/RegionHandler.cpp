@@ -3,16 +3,24 @@
 #include "GetJob.h"
 #include "Log.h"
 #include "SetJob.h"
-#include "WalkJob.h"
 
 namespace Service {
 
 namespace {
 
-void Submit(SRegion & region, std::unique_ptr<CRequestJob> job)
+template <class TJob>
+void Submit(SRegion & region, TJob job)
 {
     job->Delegate();
-    region.loop.Submit(region.library, std::move(job));
+    region.loop.Submit(region.library, JobPtr(job.release()));
+}
+
+int Walk(SRegion & region, netsnmp_agent_request_info & info, netsnmp_request_info * requests)
+{
+    auto job = region.walks.Take();
+    job->Begin(info, requests, region.root);
+    Submit(region, std::move(job));
+    return SNMP_ERR_NOERROR;
 }
 
 int RefuseUnsettable(netsnmp_request_info * requests)
@@ -41,8 +49,7 @@ int Handle(SRegion & region, netsnmp_agent_request_info & info, netsnmp_request_
         break;
     case MODE_GETNEXT:
     case MODE_GETBULK:
-        Submit(region, std::make_unique<CWalkJob>(info, requests));
-        break;
+        return Walk(region, info, requests);
     case MODE_SET_RESERVE1:
         return RefuseUnsettable(requests);
     case MODE_SET_ACTION:
@@ -74,8 +81,9 @@ std::string Text(CArcs const & arcs)
 
 } // namespace
 
-bool RegisterRegion(SRegion & region, CArcs const & root, std::string & error)
+bool RegisterRegion(SRegion & region, std::string & error)
 {
+    CArcs const & root = region.root;
     const std::vector<oid> wide(root.begin(), root.end());
     netsnmp_handler_registration * registration = netsnmp_create_handler_registration(
         "kxra-extension", HandleRegion, wide.data(), wide.size(), HANDLER_CAN_RWRITE | HANDLER_CAN_GETBULK);

@@ -7,18 +7,21 @@
 
 #include "Arcs.h"
 #include "Loop.h"
+#include "WalkJob.h"
 
 namespace Service {
 
-/// Where requests for a region go.
+/// A region of an extension, and where requests for it go.
 struct SRegion {
     CLoop & loop;
     CExtensionLibrary & library;
+    CArcs root;
+    CWalkJobPool walks{};
 };
 
-/// Registers a subtree with Net-SNMP, whose requests become jobs for the extension. `region` lives as long as the
-/// registration, which ends with the process. False with one line in `error`.
-bool RegisterRegion(SRegion & region, CArcs const & root, std::string & error);
+/// Registers the region with Net-SNMP, whose requests become jobs for the extension. `region` lives as long as the
+/// registration, which ends with Net-SNMP. False with one line in `error`.
+bool RegisterRegion(SRegion & region, std::string & error);
 
 } // namespace Service
 

@@ -4,8 +4,10 @@ extern "C" int netsnmp_check_for_delegated_and_add(netsnmp_agent_session * sessi
 
 namespace Service {
 
-CRequestJob::CRequestJob(netsnmp_agent_request_info & info, netsnmp_request_info * requests) : m_session(info.asp)
+void CRequestJob::Take(netsnmp_agent_request_info & info, netsnmp_request_info * requests)
 {
+    m_session = info.asp;
+    m_requests.clear();
     for (netsnmp_request_info * request = requests; request != nullptr; request = request->next)
         if (request->processed == 0) m_requests.push_back(request);
 }

@@ -21,7 +21,10 @@ public:
     void Delegate();
 
 protected:
-    CRequestJob(netsnmp_agent_request_info & info, netsnmp_request_info * requests);
+    CRequestJob() = default;
+    CRequestJob(netsnmp_agent_request_info & info, netsnmp_request_info * requests) { Take(info, requests); }
+    /// Makes these the job's requests.
+    void Take(netsnmp_agent_request_info & info, netsnmp_request_info * requests);
 
     netsnmp_pdu & Pdu() const noexcept { return *m_session->pdu; }
     bool IsVersion1() const noexcept { return Pdu().version == SNMP_VERSION_1; }
@@ -32,7 +35,7 @@ protected:
     void Release() noexcept;
 
 private:
-    netsnmp_agent_session * m_session;
+    netsnmp_agent_session * m_session = nullptr;
     std::vector<netsnmp_request_info *> m_requests;
 };
 

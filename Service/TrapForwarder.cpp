@@ -43,7 +43,7 @@ void CTrapForwarder::Turn(std::uint64_t nowMs)
     CWorkQueue & queue = *m_signalled.front();
     m_signalled.erase(m_signalled.begin());
     m_isAsking = true;
-    std::unique_ptr<CJob> job = std::make_unique<CTrapJob>(*this, queue);
+    JobPtr job(new CTrapJob(*this, queue));
     queue.Push(job);
 }
 

@@ -1,22 +1,49 @@
 #include "WalkJob.h"
 
+#include <algorithm>
+
 #include "Translate.h"
 
 namespace Service {
 
-CWalkJob::CWalkJob(netsnmp_agent_request_info & info, netsnmp_request_info * requests)
-    : CRequestJob(info, requests), m_checksView(HasMixedView())
+CWalkJobPool::~CWalkJobPool()
 {
-    CArcs start;
-    CArcs root;
-    CArcs end;
-    for (netsnmp_request_info * request : Requests()) {
-        netsnmp_subtree const & tree = *request->subtree;
-        ToStart(request->requestvb->name, request->requestvb->name_length, start);
-        ToArcs(tree.name_a, tree.namelen, root);
-        ToStart(request->range_end, request->range_end_len, end);
-        m_query.AddColumn(start, request->inclusive != 0, root, end, static_cast<std::size_t>(request->repeat) + 1);
+    for (std::size_t i = 0; i < m_count; ++i)
+        delete m_idle[i];
+}
+
+std::unique_ptr<CWalkJob, SJobDisposer> CWalkJobPool::Take()
+{
+    return std::unique_ptr<CWalkJob, SJobDisposer>(m_count != 0 ? m_idle[--m_count] : new CWalkJob(*this));
+}
+
+void CWalkJob::Dispose() noexcept
+{
+    if (m_pool.m_count == CWalkJobPool::kMaxIdle) {
+        delete this;
+        return;
     }
+    Renew();
+    m_query.Renew();
+    m_pool.m_idle[m_pool.m_count++] = this;
+}
+
+void CWalkJob::Begin(netsnmp_agent_request_info & info, netsnmp_request_info * requests, ArcView root)
+{
+    Take(info, requests);
+    m_outOfMemory = false;
+    m_checksView = HasMixedView();
+    for (netsnmp_request_info const * request : Requests())
+        AddColumn(*request, root);
+}
+
+void CWalkJob::AddColumn(netsnmp_request_info const & request, ArcView root)
+{
+    ToStart(request.requestvb->name, request.requestvb->name_length, m_start);
+    ToStart(request.range_end, request.range_end_len, m_end);
+    // Mostly the range ends with the region.
+    if (!IsInside(m_end, root)) m_end.clear();
+    m_query.AddColumn(m_start, request.inclusive != 0, root, m_end, static_cast<std::size_t>(request.repeat) + 1);
 }
 
 bool CWalkJob::HasMixedView() const
@@ -28,11 +55,6 @@ bool CWalkJob::HasMixedView() const
     return netsnmp_acm_check_subtree(&pdu, tree.name_a, tree.namelen) != VACM_SUCCESS;
 }
 
-bool CWalkJob::IsVisible(netsnmp_variable_list & variable) const
-{
-    return !m_checksView || in_a_view(variable.name, &variable.name_length, &Pdu(), variable.type) == VACM_SUCCESS;
-}
-
 bool CWalkJob::Finish()
 {
     for (CWalkQuery::SResult const & result : m_query.Results())
@@ -42,8 +64,10 @@ bool CWalkJob::Finish()
         return false;
     }
     for (std::size_t i = 0; i < Requests().size(); ++i) {
-        if (m_outOfMemory) SetError(*Requests()[i], SNMP_ERR_RESOURCEUNAVAILABLE);
-        if (m_query.Status(i) != 0) SetError(*Requests()[i], m_query.Status(i));
+        netsnmp_request_info & request = *Requests()[i];
+        PassNameOn(request);
+        if (m_outOfMemory) SetError(request, SNMP_ERR_RESOURCEUNAVAILABLE);
+        if (m_query.Status(i) != 0) SetError(request, m_query.Status(i));
     }
     Release();
     return true;
@@ -53,35 +77,40 @@ void CWalkJob::TakeResult(CWalkQuery::SResult const & result)
 {
     netsnmp_request_info & request = *Requests()[result.column];
     netsnmp_variable_list & variable = *request.requestvb;
-    if (m_checksView) {
-        // Looked at under its own name, which it loses again if the manager may not see it.
-        CArcs before;
-        ToArcs(variable.name, variable.name_length, before);
+    if (!m_checksView) {
         m_outOfMemory = m_outOfMemory || !PutName(variable, m_query.Name(result));
-        variable.type = result.value.Any().asnType;
-        const bool visible = IsVisible(variable);
-        variable.type = Wire::Null;
-        if (!visible) {
-            m_outOfMemory = m_outOfMemory || !PutName(variable, before);
-            m_query.WantOneMore(result.column);
-            return;
-        }
-    } else {
-        m_outOfMemory = m_outOfMemory || !PutName(variable, m_query.Name(result));
+    } else if (!PutVisible(variable, result)) {
+        m_query.WantOneMore(result.column);
+        return;
     }
     m_outOfMemory = m_outOfMemory || !PutValue(variable, result.value);
     request.inclusive = 0;
-    if (request.repeat > 0) HandOn(request);
+    if (request.repeat == 0) return;
+    --request.repeat;
+    request.requestvb = variable.next_variable;
+    request.requestvb->type = Wire::Null;
 }
 
-void CWalkJob::HandOn(netsnmp_request_info & request)
+bool CWalkJob::PutVisible(netsnmp_variable_list & variable, CWalkQuery::SResult const & result)
 {
-    netsnmp_variable_list const & got = *request.requestvb;
-    netsnmp_variable_list * next = got.next_variable;
-    --request.repeat;
-    snmp_set_var_objid(next, got.name, got.name_length);
-    next->type = Wire::Null;
-    request.requestvb = next;
+    oid before[kMaxArcs];
+    const std::size_t length = std::min<std::size_t>(variable.name_length, kMaxArcs);
+    std::copy(variable.name, variable.name + length, before);
+    m_outOfMemory = m_outOfMemory || !PutName(variable, m_query.Name(result));
+    if (in_a_view(variable.name, &variable.name_length, &Pdu(), result.value.Any().asnType) == VACM_SUCCESS)
+        return true;
+    m_outOfMemory = m_outOfMemory || snmp_set_var_objid(&variable, before, length) != 0;
+    return false;
+}
+
+void CWalkJob::PassNameOn(netsnmp_request_info & request)
+{
+    // A variable that got its answer, and the first one of all, have a name.
+    if (request.requestvb->name_length != 0) return;
+    netsnmp_variable_list * last = request.requestvb_start;
+    while (last != request.requestvb && last->next_variable != request.requestvb)
+        last = last->next_variable;
+    if (last != request.requestvb) snmp_set_var_objid(request.requestvb, last->name, last->name_length);
 }
 
 } // namespace Service

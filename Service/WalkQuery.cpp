@@ -7,7 +7,7 @@ namespace Service {
 std::size_t CWalkQuery::AddColumn(ArcView start, bool inclusive, ArcView root, ArcView end, std::size_t wanted)
 {
     SColumn column;
-    column.root.assign(root.begin(), root.end());
+    column.root = root;
     column.end.assign(end.begin(), end.end());
     column.wanted = wanted;
     if (CompareArcs(start, root) < 0) {
@@ -34,6 +34,17 @@ try {
         if (column.IsOpen()) column.status = SNMP_ERRORSTATUS_GENERR;
         column.ended = true;
     }
+}
+
+void CWalkQuery::Renew() noexcept
+{
+    CQuery::Renew();
+    m_arcs.clear();
+    m_columns.clear();
+    m_results.clear();
+    m_asked.clear();
+    m_oneByOne = false;
+    m_canGoOn = false;
 }
 
 void CWalkQuery::ForgetResults()
@@ -63,21 +74,30 @@ std::size_t CWalkQuery::Keep(ArcView name)
 
 bool CWalkQuery::CollectOpen()
 {
+    const std::size_t askedBefore = m_asked.size();
     m_asked.clear();
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         if (m_columns[i].IsOpen()) m_asked.push_back(i);
         if (m_oneByOne && !m_asked.empty()) break;
     }
+    // Columns close and are asked no more, so the same number of them is the same columns.
+    m_canGoOn = m_canGoOn && !m_oneByOne && m_asked.size() == askedBefore;
     return !m_asked.empty();
 }
 
 bool CWalkQuery::AskOnce(SEntryPoints const & extension)
 {
-    if (!m_bindings.Prepare(static_cast<std::uint32_t>(m_asked.size()))) return Fail(0, SNMP_ERRORSTATUS_GENERR);
-    for (const std::size_t index : m_asked)
-        if (!m_bindings.Add(View(m_columns[index].nameAt, m_columns[index].nameLength)))
-            return Fail(0, SNMP_ERRORSTATUS_GENERR);
+    if (!m_canGoOn && !FillBindings()) return Fail(0, SNMP_ERRORSTATUS_GENERR);
+    m_canGoOn = true;
     return TakeVerdict(Ask(extension, SNMP_PDU_GETNEXT, m_bindings));
+}
+
+bool CWalkQuery::FillBindings()
+{
+    if (!m_bindings.Prepare(static_cast<std::uint32_t>(m_asked.size()))) return false;
+    for (const std::size_t index : m_asked)
+        if (!m_bindings.Add(View(m_columns[index].nameAt, m_columns[index].nameLength))) return false;
+    return true;
 }
 
 bool CWalkQuery::TakeVerdict(SVerdict verdict)
@@ -88,6 +108,7 @@ bool CWalkQuery::TakeVerdict(SVerdict verdict)
             TakeAnswer(i);
         return true;
     }
+    m_canGoOn = false;
     if (verdict.index == 0 && count == 1) verdict.index = 1;
     if (verdict.status != SNMP_ERRORSTATUS_NOSUCHNAME)
         return Fail(verdict.index == 0 ? 0 : verdict.index - 1, verdict.status);
@@ -105,6 +126,7 @@ void CWalkQuery::TakeAnswer(std::uint32_t position)
     const ArcView name = m_bindings.Name(position);
     if (!IsNext(column, name)) {
         column.ended = true;
+        m_canGoOn = false;
         return;
     }
     column.nameAt = Keep(name);
@@ -120,6 +142,7 @@ void CWalkQuery::AskInclusive(SEntryPoints const & extension, std::size_t index)
 {
     SColumn & column = m_columns[index];
     column.inclusive = false;
+    m_canGoOn = false;
     if (!m_bindings.Prepare(1) || !m_bindings.Add(View(column.nameAt, column.nameLength))) return;
     if (Ask(extension, SNMP_PDU_GET, m_bindings).status != SNMP_ERRORSTATUS_NOERROR) return;
     CValue value = m_bindings.TakeValue(0);

@@ -19,10 +19,12 @@ public:
     };
 
     /// Adds a column. start: objects behind it are wanted, with `inclusive` also the one of that name. root:
-    /// the subtree that an answer must lie in; end: where the range ends, itself outside, empty for no end.
-    /// wanted: number of objects. Returns the column's number, from 0.
+    /// the subtree that an answer must lie in, which outlives the query; end: where the range ends within it, itself
+    /// outside, empty for no end but the subtree's. wanted: number of objects. Returns the column's number, from 0.
     std::size_t AddColumn(ArcView start, bool inclusive, ArcView root, ArcView end, std::size_t wanted);
     void Run(SEntryPoints const & extension) noexcept override;
+    /// Back to no columns, with the memory for a similar walk.
+    void Renew() noexcept;
 
     /// What Run found since the last ForgetResults, for each column in its order.
     std::vector<SResult> & Results() noexcept { return m_results; }
@@ -39,7 +41,7 @@ private:
     struct SColumn {
         std::size_t nameAt = 0; ///< behind which to ask; in m_arcs
         std::size_t nameLength = 0;
-        CArcs root;
+        ArcView root;
         CArcs end;
         std::size_t wanted = 0;
         std::uint32_t status = 0;
@@ -53,6 +55,7 @@ private:
     std::size_t Keep(ArcView name);
     bool CollectOpen();
     bool AskOnce(SEntryPoints const & extension);
+    bool FillBindings();
     bool TakeVerdict(SVerdict verdict);
     void TakeAnswer(std::uint32_t position);
     void AskInclusive(SEntryPoints const & extension, std::size_t column);
@@ -65,6 +68,7 @@ private:
     std::vector<std::size_t> m_asked; ///< columns of the present call
     CBindings m_bindings;
     bool m_oneByOne = false; ///< the extension didn't say at which name it ended
+    bool m_canGoOn = false;  ///< the bindings that came back are what the same columns ask next
 };
 
 } // namespace Service

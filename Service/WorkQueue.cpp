@@ -4,7 +4,7 @@
 
 namespace Service {
 
-bool CWorkQueue::Push(std::unique_ptr<CJob> & job)
+bool CWorkQueue::Push(JobPtr & job)
 {
     if (job->IsRequest() && m_waiting.size() >= kMaxWaiting) return false;
     m_waiting.push_back(std::move(job));
@@ -37,7 +37,7 @@ bool CWorkQueue::RefuseOlder(std::uint64_t arrivedBeforeMs, int status)
         m_running->Refuse(status);
         refused = true;
     }
-    std::erase_if(m_waiting, [&](std::unique_ptr<CJob> const & job) {
+    std::erase_if(m_waiting, [&](JobPtr const & job) {
         if (!isLate(*job)) return false;
         job->Refuse(status);
         refused = true;
@@ -65,7 +65,7 @@ void CWorkQueue::ForgetRequests()
         m_running->Query().Drop();
         m_running->SetAnswered();
     }
-    std::erase_if(m_waiting, [](std::unique_ptr<CJob> const & job) { return job->IsRequest(); });
+    std::erase_if(m_waiting, [](JobPtr const & job) { return job->IsRequest(); });
 }
 
 } // namespace Service

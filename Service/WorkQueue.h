@@ -22,7 +22,7 @@ public:
     CExtensionLibrary & Library() const noexcept { return m_library; }
 
     /// Takes the job over unless the queue is full; then false, and the job is still the caller's.
-    bool Push(std::unique_ptr<CJob> & job);
+    bool Push(JobPtr & job);
     bool IsBusy() const noexcept { return m_running != nullptr; }
     bool IsReady() const noexcept { return !IsBusy() && !m_waiting.empty(); }
     /// Makes the oldest job the running one.
@@ -41,8 +41,8 @@ public:
 
 private:
     CExtensionLibrary & m_library;
-    std::deque<std::unique_ptr<CJob>> m_waiting;
-    std::unique_ptr<CJob> m_running;
+    std::deque<JobPtr> m_waiting;
+    JobPtr m_running;
     std::uint64_t m_callStartMs = 0;
 };
 

@@ -105,9 +105,10 @@ private:
     bool RegisterRegions(std::string & error)
     {
         for (auto const & library : m_libraries) {
-            m_regions.push_back(std::make_unique<SRegion>(SRegion{*m_loop, *library}));
-            for (CArcs const & root : library->Regions())
-                if (!RegisterRegion(*m_regions.back(), root, error)) return false;
+            for (CArcs const & root : library->Regions()) {
+                m_regions.emplace_back(new SRegion{*m_loop, *library, root});
+                if (!RegisterRegion(*m_regions.back(), error)) return false;
+            }
         }
         return true;
     }
@@ -148,8 +149,8 @@ private:
     CLibraries m_libraries;
     CAgent m_agent;
     bool m_masterPresent = false;
+    std::vector<std::unique_ptr<SRegion>> m_regions; ///< before the loop, whose jobs come from their pools
     std::unique_ptr<CLoop> m_loop;
-    std::vector<std::unique_ptr<SRegion>> m_regions;
 };
 
 int Main(int argc, char ** argv)

@@ -8,13 +8,13 @@
 ///   FAKE_INIT      "fail": it doesn't start; "noregion": it serves nothing
 ///   FAKE_LOG       file that gets a line for each of DllMain, SnmpExtensionInit and SnmpExtensionClose
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
-#include <map>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -83,17 +83,44 @@ void Log(std::string const & line)
     }
 }
 
+/// A scalar or a cell; column 0 is a scalar, row its number.
 struct SObject {
-    bool isCell = false;
-    std::uint32_t id = 0; // of a scalar; column of a cell
+    std::uint32_t column = 0;
     std::uint32_t row = 0;
 };
+
+/// A name wherever it lies, so that looking one up needs no copy of it.
+struct SNameView {
+    std::uint32_t const * ids;
+    std::size_t length;
+};
+
+bool operator<(SNameView left, SNameView right)
+{
+    return std::lexicographical_compare(left.ids, left.ids + left.length, right.ids, right.ids + right.length);
+}
+
+SNameView ViewOf(CName const & name)
+{
+    return {name.data(), name.size()};
+}
+
+/// Rows alternate between numbers and texts, column by column.
+std::string CellText(std::uint32_t column, std::uint32_t row)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "cell %02u/%04u", column, row);
+    return column % 2 == 0 ? text : "";
+}
 
 struct SFake {
     CName region = ParseName(Setting("FAKE_REGION", "1.3.6.1.4.1.88417.2.49"));
     std::string fault = Setting("FAKE_FAULT", "");
     unsigned slowMs = static_cast<unsigned>(std::stoul(Setting("FAKE_SLOW_MS", "0")));
-    std::map<CName, SObject> objects;
+    CName table; // root of the cells, which are table.column.row
+    std::uint32_t columns = static_cast<std::uint32_t>(std::stoul(Setting("FAKE_COLUMNS", "31")));
+    std::vector<std::uint32_t> rows;             // numbers of the rows, ascending
+    std::vector<std::vector<std::string>> texts; // of each row, by column
     std::int32_t number = 42;
     std::string text = "fake";
     std::uint32_t uptimeReference = 0;
@@ -119,25 +146,94 @@ struct SFake {
 
     void Fill()
     {
-        for (std::uint32_t id = kNumber; id <= kSets; ++id)
-            objects[Under({1, id, 0})] = {false, id, 0};
-        const auto rows = static_cast<std::uint32_t>(std::stoul(Setting("FAKE_ROWS", "10")));
-        const auto columns = static_cast<std::uint32_t>(std::stoul(Setting("FAKE_COLUMNS", "31")));
-        for (std::uint32_t column = 1; column <= columns; ++column)
-            for (std::uint32_t row = 1; row <= rows; ++row)
-                objects[Under({2, 1, column, row})] = {true, column, row};
+        table = Under({2, 1});
+        const auto count = static_cast<std::uint32_t>(std::stoul(Setting("FAKE_ROWS", "10")));
+        for (std::uint32_t row = 1; row <= count; ++row) {
+            rows.push_back(row);
+            texts.emplace_back();
+            for (std::uint32_t column = 0; column <= columns; ++column)
+                texts.back().push_back(CellText(column, row));
+        }
+    }
+
+    bool HasRow(std::uint32_t row) const { return std::binary_search(rows.begin(), rows.end(), row); }
+
+    /// The object of that name.
+    bool Find(SNameView name, SObject & object) const
+    {
+        if (name.length == region.size() + 3 && std::equal(region.begin(), region.end(), name.ids)) {
+            object = {0, name.ids[region.size() + 1]};
+            return name.ids[region.size()] == 1 && name.ids[region.size() + 2] == 0 && object.row >= kNumber &&
+                   object.row <= kSets;
+        }
+        if (name.length != table.size() + 2 || !std::equal(table.begin(), table.end(), name.ids)) return false;
+        object = {name.ids[table.size()], name.ids[table.size() + 1]};
+        return object.column >= 1 && object.column <= columns && HasRow(object.row);
+    }
+
+    /// The first object behind the name.
+    bool FindNext(SNameView name, SObject & object) const
+    {
+        if (name < ViewOf(Under({1, kSets, 0}))) return FindNextScalar(name, object);
+        return FindNextCell(name, object);
+    }
+
+    bool FindNextScalar(SNameView name, SObject & object) const
+    {
+        std::uint32_t id = kNumber;
+        while (!(name < ViewOf(Under({1, id, 0}))))
+            ++id;
+        object = {0, id};
+        return true;
+    }
+
+    bool FindNextCell(SNameView name, SObject & object) const
+    {
+        if (rows.empty()) return false;
+        const std::size_t size = table.size();
+        std::uint32_t column = 1;
+        auto row = rows.begin();
+        if (name.length > size && std::equal(table.begin(), table.end(), name.ids)) {
+            column = std::max(name.ids[size], 1U);
+            if (name.ids[size] != 0 && name.length > size + 1)
+                row = std::upper_bound(rows.begin(), rows.end(), name.ids[size + 1]);
+        } else if (ViewOf(table) < name) {
+            return false;
+        }
+        if (row == rows.end()) {
+            ++column;
+            row = rows.begin();
+        }
+        object = {column, *row};
+        return column <= columns;
     }
 };
 
 SFake * g_fake = nullptr;
 
-void PutName(RFC1157VarBind & binding, CName const & name)
+void PutName(RFC1157VarBind & binding, SNameView name)
 {
     SnmpUtilMemFree(binding.name.ids);
-    auto * ids = static_cast<std::uint32_t *>(SnmpUtilMemAlloc(static_cast<std::uint32_t>(name.size() * 4)));
-    std::memcpy(ids, name.data(), name.size() * 4);
+    auto * ids = static_cast<std::uint32_t *>(SnmpUtilMemAlloc(static_cast<std::uint32_t>(name.length * 4)));
+    std::memcpy(ids, name.ids, name.length * 4);
     binding.name.ids = ids;
-    binding.name.idLength = static_cast<std::uint32_t>(name.size());
+    binding.name.idLength = static_cast<std::uint32_t>(name.length);
+}
+
+void PutName(RFC1157VarBind & binding, CName const & name)
+{
+    PutName(binding, ViewOf(name));
+}
+
+void PutName(RFC1157VarBind & binding, SObject const & object)
+{
+    if (object.column == 0) return PutName(binding, g_fake->Under({1, object.row, 0}));
+    std::uint32_t ids[32];
+    const std::size_t size = std::min<std::size_t>(g_fake->table.size(), 30);
+    std::copy_n(g_fake->table.begin(), size, ids);
+    ids[size] = object.column;
+    ids[size + 1] = object.row;
+    PutName(binding, SNameView{ids, size + 2});
 }
 
 void PutOctets(AsnAny & value, std::uint8_t type, std::string const & octets)
@@ -162,13 +258,11 @@ void PutUnsigned(AsnAny & value, std::uint8_t type, std::uint32_t number)
     value.asnValue.unsigned32 = number;
 }
 
-/// Rows alternate between numbers and texts, column by column.
 void ReadCell(AsnAny & value, SObject const & object)
 {
-    if (object.id % 2 == 1) return PutInteger(value, static_cast<std::int32_t>(object.id * 1000 + object.row));
-    char text[32];
-    std::snprintf(text, sizeof text, "cell %02u/%04u", object.id, object.row);
-    PutOctets(value, ASN_OCTETSTRING, text);
+    if (object.column % 2 == 1) return PutInteger(value, static_cast<std::int32_t>(object.column * 1000 + object.row));
+    const auto row = std::lower_bound(g_fake->rows.begin(), g_fake->rows.end(), object.row) - g_fake->rows.begin();
+    PutOctets(value, ASN_OCTETSTRING, g_fake->texts[static_cast<std::size_t>(row)][object.column]);
 }
 
 void ReadScalar(AsnAny & value, std::uint32_t id)
@@ -226,16 +320,21 @@ void ReadScalar(AsnAny & value, std::uint32_t id)
 void Read(AsnAny & value, SObject const & object)
 {
     SnmpUtilAsnAnyFree(&value);
-    if (object.isCell)
+    if (object.column != 0)
         ReadCell(value, object);
     else
-        ReadScalar(value, object.id);
+        ReadScalar(value, object.row);
 }
 
 CName NameOf(RFC1157VarBind const & binding)
 {
     std::uint32_t const * ids = binding.name.ids;
     return CName(ids, ids + binding.name.idLength);
+}
+
+SNameView ViewOf(RFC1157VarBind const & binding)
+{
+    return {binding.name.ids, binding.name.idLength};
 }
 
 void QueueTrap()
@@ -260,8 +359,8 @@ void StreamTraps(std::int32_t count)
 
 std::uint32_t CheckSet(SObject const & object, AsnAny const & value)
 {
-    if (object.isCell || object.id == kReadOnly) return SNMP_ERRORSTATUS_READONLY;
-    if (object.id == kText) return value.asnType == ASN_OCTETSTRING ? 0 : SNMP_ERRORSTATUS_WRONGTYPE;
+    if (object.column != 0 || object.row == kReadOnly) return SNMP_ERRORSTATUS_READONLY;
+    if (object.row == kText) return value.asnType == ASN_OCTETSTRING ? 0 : SNMP_ERRORSTATUS_WRONGTYPE;
     if (value.asnType != ASN_INTEGER) return SNMP_ERRORSTATUS_WRONGTYPE;
     return 0;
 }
@@ -270,7 +369,7 @@ std::uint32_t Write(SObject const & object, AsnAny const & value)
 {
     SFake & fake = *g_fake;
     ++fake.sets;
-    switch (object.id) {
+    switch (object.row) {
     case kNumber:
         fake.number = value.asnValue.number;
         return 0;
@@ -299,23 +398,23 @@ std::uint32_t Write(SObject const & object, AsnAny const & value)
 
 std::uint32_t Get(RFC1157VarBind & binding)
 {
-    const auto found = g_fake->objects.find(NameOf(binding));
-    if (found == g_fake->objects.end()) return SNMP_ERRORSTATUS_NOSUCHNAME;
-    Read(binding.value, found->second);
+    SObject object;
+    if (!g_fake->Find(ViewOf(binding), object)) return SNMP_ERRORSTATUS_NOSUCHNAME;
+    Read(binding.value, object);
     return 0;
 }
 
 std::uint32_t GetNext(RFC1157VarBind & binding)
 {
-    const auto found = g_fake->objects.upper_bound(NameOf(binding));
-    if (found == g_fake->objects.end()) {
+    SObject object;
+    if (!g_fake->FindNext(ViewOf(binding), object)) {
         CName behind = g_fake->region;
         ++behind.back();
         PutName(binding, behind);
         return 0;
     }
-    PutName(binding, found->first);
-    Read(binding.value, found->second);
+    PutName(binding, object);
+    Read(binding.value, object);
     return 0;
 }
 
@@ -388,17 +487,19 @@ struct SInside {
 std::int32_t Set(RFC1157VarBindList & list, std::uint32_t & status, std::uint32_t & index)
 {
     std::int32_t result = 0;
+    SObject object;
     for (std::uint32_t i = 0; i < list.len && status == 0; ++i) {
-        const auto found = g_fake->objects.find(NameOf(list.list[i]));
-        if (found == g_fake->objects.end())
+        if (!g_fake->Find(ViewOf(list.list[i]), object)) {
             status = SNMP_ERRORSTATUS_NOSUCHNAME;
-        else {
+        } else {
             result = 1;
-            status = CheckSet(found->second, list.list[i].value);
+            status = CheckSet(object, list.list[i].value);
         }
     }
-    for (index = 0; index < list.len && status == 0; ++index)
-        status = Write(g_fake->objects[NameOf(list.list[index])], list.list[index].value);
+    for (index = 0; index < list.len && status == 0; ++index) {
+        g_fake->Find(ViewOf(list.list[index]), object);
+        status = Write(object, list.list[index].value);
+    }
     return result;
 }
 
