@@ -120,7 +120,6 @@ unsigned int CThreadCB_::Wait(Platform::WaitHandle handle, unsigned int timeout)
     CThrowState state;
     try {
         CheckInterrupt();
-        if (handle == nullptr) VLK_RAISE(state, Errors::InvalidHandle);
         const Platform::SWaitOutcome outcome = WaitThroughWakeUps(
             timeout, [&](unsigned int left) { return Platform::WaitForOne(handle, left, m_uMask != 0); },
             [&] { CheckInterrupt(); });
@@ -144,7 +143,6 @@ unsigned int CThreadCB_::Wait(CWaitList const & list, unsigned int timeout, bool
     try {
         if (list.Count() >= CWaitList::MaxEntries) VLK_RAISE(state, Errors::MaxCount);
         CheckInterrupt();
-        if (list.Count() == 0) VLK_RAISE(state, Errors::OperatingSystem);
         Platform::WaitHandle handles[CWaitList::MaxEntries];
         bool masked = false;
         for (std::size_t i = 0; i < list.Count(); ++i) {

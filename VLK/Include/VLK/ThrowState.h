@@ -49,6 +49,10 @@
 ///         return log.tryThrow();                          // or log.tryThrow(code), or log >> errorLog
 ///     }
 ///
+/// The record travels in the thread's control block. A thread that the foundation did not start has one only while a
+/// CCallBackGuard (or another holder) lives on it; without that the exception flies all the same, but its record is
+/// lost at the first function that it leaves. A record that no handler asks for goes with the next raise.
+///
 /// The handlers catch everything: an exception of the C++ library becomes a record at that place (no memory:
 /// Errors::OutOfMemory), and what leaves the function is the foundation's own exception, an unsigned int of 0.
 

@@ -48,8 +48,8 @@ public:
     virtual ~CWaitCB();
 
     /// Waits for this object through the calling thread's control block. URET_WaitObject0, URET_WaitAbandoned or
-    /// URET_Timeout. Raises the interrupts of the thread, Errors::InvalidHandle without a handle, and
-    /// Errors::OperatingSystem when the system fails.
+    /// URET_Timeout. Raises the interrupts of the thread, and Errors::OperatingSystem when the system fails or there is
+    /// no handle.
     virtual unsigned int Wait(unsigned int timeout);
     /// Told before a wait of several objects, when the object was added with a mask that is not 0. The meaning of
     /// the mask is the object's own.
