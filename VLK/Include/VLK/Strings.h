@@ -249,8 +249,9 @@ public:
     /// Every "/" becomes "\\".
     void FixSlashes();
 
-    /// Replace the content by the UTF-8 encoding, up to the first NUL. Bytes from 0x80 on come out as 0xF7, 0xBF,
-    /// 0xBF, 0x80 | (byte & 0x3F): only 7-bit text survives unchanged. A source inside this string is appended.
+    /// Replace the content by the UTF-8 encoding, up to the first NUL. Bytes from 0x80 on are taken with their sign
+    /// and come out as four bytes that begin with 0xF7, 0xBF: only 7-bit text survives unchanged. A source inside this
+    /// string is appended.
     CStringVar & CopyAsUTF8(CSubStringRef const & text);
     /// Surrogate pairs aren't combined: the high one vanishes, the low one is encoded as its ten bits.
     CStringVar & CopyAsUTF8(wchar_t const * text);
