@@ -5,6 +5,7 @@
 #include "VLK/Exceptions.h"
 #include "VLK/ModuleInfo.h"
 #include "VLK/Strings.h"
+#include "VLK/WaitObjects.h"
 #include "VLK/ThrowState.h"
 
 namespace Coresim {

@@ -11,7 +11,7 @@
 #include "Tools/Estate.h"
 #include "Tools/Report.h"
 #include "Tools/Session.h"
-#include "VLK/Socket.h"
+#include "VLK/SocketListener.h"
 #include "VLK/Threads.h"
 
 namespace Coresim {
