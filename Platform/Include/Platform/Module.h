@@ -14,9 +14,11 @@ ErrorCode ModulePath(void const * addressInside, std::string & out);
 /// Full path of the running program.
 ErrorCode ProgramPath(std::string & out);
 
-/// The modules that are loaded in this process, at most 256: base name with extension, and the system's handle.
+/// The modules that are loaded in this process, at most 256: base name with extension, and the system's handle
+/// (POSIX: the address that the module was loaded at).
 ErrorCode LoadedModules(std::map<std::string, void *> & out);
-/// Raises the load count of a module that is loaded, for good. Returns the system's handle, or null.
+/// Raises the load count of a module that is loaded, for good; loads none. name: base name with extension, or a path.
+/// Returns the system's handle, or null when no such module is loaded.
 void * PinModule(char const * name) noexcept;
 /// Tells the system that a library needs no call for threads that begin and end. module: the system's handle, as
 /// the library got it at its attach. POSIX: there are no such calls.

@@ -11,17 +11,19 @@ namespace Platform {
 
 std::uint32_t CurrentProcessId() noexcept;
 
-/// The ids of the processes that run, at most `capacity`; `count` gets their number.
+/// The ids of the processes that run, at most `capacity`; `count` gets the number of those in `ids`.
 ErrorCode EnumProcesses(std::uint32_t * ids, std::uint32_t capacity, std::uint32_t & count) noexcept;
 
 struct SProcess;
 using ProcessHandle = SProcess *;
-/// Opens a process for reading its name; fails when it is gone or not readable by this process.
+/// Opens a process for reading its name; fails when it is gone or not readable by this process (POSIX: one of
+/// another user is readable with privileges only). The handle stays the process's own after its end: a later process
+/// with the same id is never met through it. The caller closes `out`.
 ErrorCode OpenProcess(ProcessHandle & out, std::uint32_t id) noexcept;
 void CloseProcess(ProcessHandle process) noexcept;
 /// Whether the process has at least one module. POSIX: whether it has a program at all (kernel threads don't).
 ErrorCode HasModules(ProcessHandle process) noexcept;
-/// File name of the process's program, without its directory.
+/// File name of the process's program, without its directory. `out` keeps its value on failure.
 ErrorCode ProcessName(ProcessHandle process, std::string & out);
 
 struct SProcessTraits {

@@ -29,14 +29,30 @@ bool IsToFail(std::size_t size) noexcept
 
 } // namespace
 
-void * operator new(std::size_t size)
+// All forms, since a sanitizer brings its own of those that are left out.
+
+void * operator new(std::size_t size, std::nothrow_t const &) noexcept
 {
     void * const block = IsToFail(size) ? nullptr : std::malloc(size != 0 ? size : 1);
-    if (block == nullptr) {
-        errno = ENOMEM;
-        throw std::bad_alloc();
-    }
+    if (block == nullptr) errno = ENOMEM;
     return block;
+}
+
+void * operator new[](std::size_t size, std::nothrow_t const &) noexcept
+{
+    return operator new(size, std::nothrow);
+}
+
+void * operator new(std::size_t size)
+{
+    void * const block = operator new(size, std::nothrow);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+}
+
+void * operator new[](std::size_t size)
+{
+    return operator new(size);
 }
 
 void operator delete(void * block) noexcept
@@ -44,7 +60,17 @@ void operator delete(void * block) noexcept
     std::free(block);
 }
 
+void operator delete[](void * block) noexcept
+{
+    std::free(block);
+}
+
 void operator delete(void * block, std::size_t) noexcept
+{
+    std::free(block);
+}
+
+void operator delete[](void * block, std::size_t) noexcept
 {
     std::free(block);
 }
