@@ -81,6 +81,7 @@ bool CAgent::Init(SOptions const & options, std::function<void(bool)> masterPres
     g_agent = this;
     snmp_enable_calllog();
     snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, OnMessage, nullptr);
+    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, OnReadConfig, nullptr);
     SetLibraryOptions(options);
 
     std::string list = kModules;
@@ -140,6 +141,7 @@ void CAgent::ChooseStateDirectory(SOptions const & options)
             directory.clear();
         }
     }
+    if (!directory.empty()) m_stateFile = directory + "/" + kApplication + ".conf";
     if (directory.empty()) SetLibrary(NETSNMP_DS_LIB_DONT_PERSIST_STATE, true);
     netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_PERSISTENT_DIR,
                           directory.empty() ? "/dev/null" : directory.c_str());
@@ -195,9 +197,9 @@ void CAgent::TakeMessage(int priority, char const * text)
                             : priority == static_cast<int>(EPriority::Notice)  ? EPriority::Notice
                                                                                : EPriority::Info;
     if (m_readsConfig && level <= EPriority::Warning) ++m_complaints;
-    if (m_keepsMessages)
+    if (m_keepsMessages && level <= EPriority::Warning)
         m_messages.push_back({level, m_partialMessage});
-    else
+    else if (!m_keepsMessages)
         CLog::Write(level, m_partialMessage);
     m_partialMessage.clear();
 }
@@ -206,6 +208,18 @@ int CAgent::OnMessage(int, int, void * message, void *) noexcept
 try {
     auto const & said = *static_cast<snmp_log_message const *>(message);
     g_agent->TakeMessage(said.priority, said.msg);
+    return 0;
+} catch (...) {
+    return 0;
+}
+
+int CAgent::OnReadConfig(int, int, void *, void *) noexcept
+try {
+    // Net-SNMP reads its own state only together with the system's configuration. It comes before the
+    // configuration of the command line: users are made for the engine that it names.
+    std::string const & file = g_agent->m_stateFile;
+    std::error_code error;
+    if (!file.empty() && std::filesystem::exists(file, error)) read_config_with_type(file.c_str(), kApplication);
     return 0;
 } catch (...) {
     return 0;

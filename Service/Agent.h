@@ -47,11 +47,13 @@ private:
     void OpenToCommunity(std::string const & community);
     void TakeMessage(int priority, char const * text);
     static int OnMessage(int, int, void * message, void *) noexcept;
+    static int OnReadConfig(int, int, void *, void *) noexcept;
     static int OnMaster(int, int minor, void *, void *) noexcept;
 
     std::function<void(bool)> m_masterPresent;
     std::vector<SMessage> m_messages;
     std::string m_partialMessage;
+    std::string m_stateFile; ///< what Net-SNMP keeps over restarts; empty for nothing
     unsigned m_complaints = 0;
     bool m_keepsMessages = true;
     bool m_readsConfig = false;

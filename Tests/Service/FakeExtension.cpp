@@ -114,9 +114,14 @@ std::string CellText(std::uint32_t column, std::uint32_t row)
 }
 
 struct SFake {
+#ifdef FAKE_SECOND
+    CName region = ParseName("1.3.6.1.4.1.88417.3");
+#else
     CName region = ParseName(Setting("FAKE_REGION", "1.3.6.1.4.1.88417.2.49"));
+#endif
     std::string fault = Setting("FAKE_FAULT", "");
     unsigned slowMs = static_cast<unsigned>(std::stoul(Setting("FAKE_SLOW_MS", "0")));
+    CName lastScalar;
     CName table; // root of the cells, which are table.column.row
     std::uint32_t columns = static_cast<std::uint32_t>(std::stoul(Setting("FAKE_COLUMNS", "31")));
     std::vector<std::uint32_t> rows;             // numbers of the rows, ascending
@@ -146,6 +151,7 @@ struct SFake {
 
     void Fill()
     {
+        lastScalar = Under({1, kSets, 0});
         table = Under({2, 1});
         const auto count = static_cast<std::uint32_t>(std::stoul(Setting("FAKE_ROWS", "10")));
         for (std::uint32_t row = 1; row <= count; ++row) {
@@ -156,7 +162,10 @@ struct SFake {
         }
     }
 
-    bool HasRow(std::uint32_t row) const { return std::binary_search(rows.begin(), rows.end(), row); }
+    bool HasRow(std::uint32_t row) const
+    {
+        return std::binary_search(rows.begin(), rows.end(), row);
+    }
 
     /// The object of that name.
     bool Find(SNameView name, SObject & object) const
@@ -174,7 +183,7 @@ struct SFake {
     /// The first object behind the name.
     bool FindNext(SNameView name, SObject & object) const
     {
-        if (name < ViewOf(Under({1, kSets, 0}))) return FindNextScalar(name, object);
+        if (name < ViewOf(lastScalar)) return FindNextScalar(name, object);
         return FindNextCell(name, object);
     }
 

@@ -1,0 +1,97 @@
+"""Traps of extensions on their way to the receivers."""
+
+import time
+import unittest
+
+from snmp_harness import (REGION, SNMP_TRAP_ENTERPRISE, SNMP_TRAP_OID, SYS_DESCR, SYS_UP_TIME, SnmpTest, dotted, free_port,
+                          holds_within)
+
+BURST = REGION + (1, 13, 0)
+TEXT = REGION + (1, 2, 0)
+WRITERS = "rwcommunity private 127.0.0.1\n"
+
+
+class TrapTest(SnmpTest):
+    def start(self, *arguments, config=""):
+        self.start_service("--config", self.file("service.conf", WRITERS + config), *arguments)
+        self.writer = self.manager(community="private")
+
+    def burst(self, count):
+        self.assertEqual(0, self.writer.set_integer(BURST, count).status)
+
+    def test_a_trap_is_a_version_2_notification_with_its_own_time(self):
+        receiver = self.receiver()
+        self.start("--trap-sink", receiver.address)
+        self.burst(1)
+        self.assertTrue(holds_within(lambda: receiver.messages))
+        (message,) = receiver.messages
+        self.assertEqual((1, "public"), (message.version, message.community))
+        self.assertEqual([SYS_UP_TIME, SNMP_TRAP_OID, REGION + (1, 1, 0), TEXT, SNMP_TRAP_ENTERPRISE], message.names)
+        ticks, trap, number, text, enterprise = message.values
+        self.assertEqual((REGION + (2, 0, 7), 1, b"trap 1", REGION + (2,)), (trap, number, text, enterprise))
+        self.assertLess(ticks, self.writer.get(SYS_UP_TIME).values[0] + 100)
+
+    def test_traps_carry_the_community(self):
+        receiver = self.receiver()
+        self.start("--trap-sink", receiver.address, "--community", "mine")
+        self.burst(1)
+        self.assertTrue(holds_within(lambda: receiver.messages))
+        self.assertEqual("mine", receiver.messages[0].community)
+
+    def test_a_burst_arrives_whole_and_in_order_at_every_sink(self):
+        receivers = [self.receiver(), self.receiver()]
+        self.start("--trap-sink", receivers[0].address, "--trap-sink", receivers[1].address)
+        self.burst(1000)
+        for receiver in receivers:
+            self.assertTrue(holds_within(lambda: len(receiver.messages) >= 1000))
+            self.assertEqual(list(range(1, 1001)), receiver.numbers())
+
+    def test_sinks_of_the_configuration_work_too_in_both_versions(self):
+        first, second = self.receiver(), self.receiver()
+        self.start(config=f"trapsink 127.0.0.1:{first.port} one\ntrap2sink 127.0.0.1:{second.port}\n")
+        self.burst(1)
+        self.assertTrue(holds_within(lambda: first.messages and second.messages))
+        old, new = first.messages[0], second.messages[0]
+        self.assertEqual((0, "one", REGION + (2,), 6, 7),
+                         (old.version, old.community, old.enterprise, old.generic, old.specific))
+        self.assertEqual((1, "public"), (new.version, new.community))
+
+    def test_snmptrapd_understands_them(self):
+        port = free_port()
+        log = self.file("traps.log")
+        config = self.file("snmptrapd.conf", "disableAuthorization yes\n")
+        self.launch(["snmptrapd", "-f", "-C", "-c", config, "-n", "-On", "-Lf", log, "-F", "%v\\n",
+                     f"udp:127.0.0.1:{port}"])
+        self.start("--trap-sink", f"udp:127.0.0.1:{port}")
+
+        def lines():
+            with open(log) as stream:
+                return stream.read()
+        self.burst(1)
+        self.assertTrue(holds_within(lambda: self.burst(1) or dotted(REGION + (2, 0, 7)) in lines()))
+
+
+class AgentXTrapTest(SnmpTest):
+    def start(self, receiver, *settings):
+        self.start_master(sinks=[f"127.0.0.1:{receiver.port}"])
+        self.start_service("--agentx", self.agentx, listen=False)
+        self.writer = self.manager(self.master_port, community="private")
+        self.assertTrue(holds_within(lambda: self.answers(self.master_port, TEXT)))
+
+    def test_a_burst_arrives_whole_and_in_order_while_the_master_answers(self):
+        receiver = self.receiver()
+        self.start(receiver)
+        self.assertEqual(0, self.writer.set_integer(BURST, 1000).status)
+        times = []
+        while len(receiver.numbers()) < 1000 and len(times) < 100000:
+            begin = time.monotonic()
+            self.assertIn(b"Linux", self.writer.get(SYS_DESCR).values[0])
+            times.append(time.monotonic() - begin)
+        self.assertEqual(list(range(1, 1001)), receiver.numbers())
+        times.sort()
+        # A machine that others use as well may keep a single answer waiting; the burst may not.
+        self.assertLess(times[len(times) * 95 // 100], 0.05)
+
+
+if __name__ == "__main__":
+    unittest.main()
