@@ -13,6 +13,7 @@
 #include "Tools/Server.h"
 #include "Tools/Synthetic.h"
 #include "Tools/Timeline.h"
+#include "VLK/Threads.h"
 
 namespace {
 
@@ -81,6 +82,8 @@ int main(int argc, char ** argv)
         return 2;
     }
     try {
+        // A thread of the foundation for as long as it calls it, so that errors keep their records.
+        const VLK::Threading::CCallBackGuard guard;
         return Simulate(options);
     } catch (std::exception const & error) {
         std::cerr << "kxra-coresim: " << error.what() << '\n';

@@ -14,6 +14,8 @@ constexpr unsigned int kVersion = 267;
 
 /// An agent's end of a conversation.
 class CAgentEnd {
+    VLK::Sockets::CSocket m_socket; // ends behind the stream, which aborts it
+
 public:
     explicit CAgentEnd(unsigned int port)
     {
@@ -62,7 +64,6 @@ private:
         stream >> version;
         return version;
     }
-    Sockets::CSocket m_socket;
 };
 
 class SessionTest : public testing::Test {
