@@ -3,7 +3,6 @@
 #include <cstring>
 #include <memory>
 
-#include "Memory.h"
 #include "VLK/Functions.h"
 #include "VLK/StreamSocket.h"
 
@@ -13,6 +12,9 @@ using Exceptions::CThrowState;
 using Strings::CStringVar;
 
 namespace {
+
+// No system gives a process that much: such a length is refused without asking for it.
+constexpr unsigned long long MaxTextBytes = 1ull << 40;
 
 constexpr char ExpectedRead[] = "Current=%d, expected=ST_Read";
 constexpr char ExpectedReadOrBlock[] = "Current=%d, expected=ST_Read/ST_ReadBlock";
@@ -136,8 +138,7 @@ void CVlkSocket::ReadLongText(CThrowState & state, std::string & text, unsigned 
 {
     // Zeroed, but not touched before the data comes: a length that is a lie costs no memory.
     const std::unique_ptr<char, SFree> room(
-        length < Internals::MaxBlock ? static_cast<char *>(std::calloc(1, static_cast<std::size_t>(length) + 1))
-                                     : nullptr);
+        length <= MaxTextBytes ? static_cast<char *>(std::calloc(1, static_cast<std::size_t>(length) + 1)) : nullptr);
     if (room == nullptr) VLK_RAISE(state, Errors::OutOfMemory);
     ReadBlock(reinterpret_cast<unsigned char *>(room.get()), length);
     text = room.get();
@@ -164,7 +165,7 @@ CVlkSocket & CVlkSocket::operator>>(CStringVar & text)
 void CVlkSocket::ReadTextInto(CThrowState & state, CStringVar & text, unsigned long long length)
 {
     text = Misc::CNull();
-    char * const room = length < Internals::MaxBlock ? text.Lock(static_cast<std::size_t>(length), 1) : nullptr;
+    char * const room = length <= MaxTextBytes ? text.Lock(static_cast<std::size_t>(length), 1) : nullptr;
     if (room == nullptr) VLK_RAISE(state, Errors::OutOfMemory);
     try {
         ReadBlock(reinterpret_cast<unsigned char *>(room), length);
