@@ -5,8 +5,8 @@
 #include "VLK/Exceptions.h"
 #include "VLK/ModuleInfo.h"
 #include "VLK/Strings.h"
-#include "VLK/WaitObjects.h"
 #include "VLK/ThrowState.h"
+#include "VLK/WaitObjects.h"
 
 namespace Coresim {
 

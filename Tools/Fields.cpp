@@ -174,14 +174,15 @@ void SetIn(SField<TRecord> const (&fields)[COUNT], TRecord & record, std::string
     throw CBadInput("there is no field '" + std::string(name) + "' here");
 }
 
+/// skip: characters in front of the digits.
 template <class TNumber>
-TNumber ParseWhole(std::string_view text, int base, char const * range)
+TNumber ParseWhole(std::string_view text, std::size_t skip, int base, char const * range)
 {
     TNumber value{};
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+    auto const [end, error] = std::from_chars(text.data() + skip, text.data() + text.size(), value, base);
     if (error == std::errc::result_out_of_range)
         throw CBadInput("'" + std::string(text) + "' is out of range (" + range + ")");
-    if (error != std::errc() || end != text.data() + text.size() || text.empty())
+    if (error != std::errc() || end != text.data() + text.size())
         throw CBadInput("'" + std::string(text) + "' is no number");
     return value;
 }
@@ -190,13 +191,13 @@ TNumber ParseWhole(std::string_view text, int base, char const * range)
 
 std::int32_t ParseInt32(std::string_view text)
 {
-    return ParseWhole<std::int32_t>(text, 10, "-2147483648 to 2147483647");
+    return ParseWhole<std::int32_t>(text, 0, 10, "-2147483648 to 2147483647");
 }
 
 std::uint64_t ParseUnsigned64(std::string_view text)
 {
     bool const hexadecimal = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-    return ParseWhole<std::uint64_t>(hexadecimal ? text.substr(2) : text, hexadecimal ? 16 : 10, "0 to 2^64 - 1");
+    return ParseWhole<std::uint64_t>(text, hexadecimal ? 2 : 0, hexadecimal ? 16 : 10, "0 to 2^64 - 1");
 }
 
 double ParseSeconds(std::string_view text)

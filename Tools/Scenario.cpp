@@ -52,7 +52,10 @@ private:
     }
     [[noreturn]] void FailUnknown(xml_node node) const
     {
-        if (node.type() != pugi::node_element) Fail(node.offset_debug(), "text is out of place here");
+        if (node.type() != pugi::node_element) {
+            auto const blanks = std::string_view(node.value()).find_first_not_of(" \t\r\n");
+            Fail(node.offset_debug() + static_cast<std::ptrdiff_t>(blanks), "text is out of place here");
+        }
         Fail(node.offset_debug(), std::string("<") + node.name() + "> is out of place here");
     }
 

@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SBadLine{"EventWithNineTexts", "event 1 a b c d e f g h", "usage: event ID [text]..."},
                     SBadLine{"FlagNoNumber", "flag 0xg", "'0xg' is no number"},
                     SBadLine{"FlagTooLarge", "flag 0x10000000000000000",
-                             "'10000000000000000' is out of range (0 to 2^64 - 1)"},
+                             "'0x10000000000000000' is out of range (0 to 2^64 - 1)"},
                     SBadLine{"ProgressTooShort", "progress 1 2", "usage: progress CTRL DRIVE VALUE"},
                     SBadLine{"QuitWithWords", "quit now", "usage: quit"},
                     SBadLine{"OpenQuote", "set drive:0.0 Name \"x", "the closing quote is missing"}),
