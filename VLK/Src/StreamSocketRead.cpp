@@ -82,7 +82,7 @@ bool CVlkSocket::TakeText(std::string_view & text) noexcept
     if (m_uState != ST_Read || m_uPeekedTag != NoTag || m_uCount == 0) return false;
     const unsigned int byte = *m_pPosition;
     if (byte == STC_EmptyString) {
-        text = {};
+        text = ""; // never null, since the C library gets it
         Advance(1);
         return true;
     }
