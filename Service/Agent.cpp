@@ -25,6 +25,9 @@ constexpr char kModules[] =
     "snmpNotifyTable_data,snmpNotifyFilterTable,snmpNotifyFilterTable_data_storage,"
     "snmpNotifyFilterProfileTable,snmpNotifyFilterProfileTable_data";
 
+/// Octets that fit into a datagram over IPv4.
+constexpr int kLongestDatagram = 65507;
+
 /// The agent that callbacks belong to. Net-SNMP would free an argument of its own at the end.
 CAgent * g_agent = nullptr;
 
@@ -73,15 +76,16 @@ bool CAgent::CheckConfigFile(std::string const & file, std::string & error) cons
     return false;
 }
 
-bool CAgent::Init(SOptions const & options, std::function<void(bool)> masterPresent, std::string & error)
+bool CAgent::Init(SOptions const & options, std::function<void(netsnmp_session *)> onMaster, std::string & error)
 {
     if (!options.config.empty() && !CheckConfigFile(options.config, error)) return false;
-    m_masterPresent = std::move(masterPresent);
+    m_onMaster = std::move(onMaster);
     m_initialised = true;
     g_agent = this;
     snmp_enable_calllog();
     snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, OnMessage, nullptr);
-    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, OnReadConfig, nullptr);
+    for (const int when : {SNMP_CALLBACK_PRE_PREMIB_READ_CONFIG, SNMP_CALLBACK_PRE_READ_CONFIG})
+        snmp_register_callback(SNMP_CALLBACK_LIBRARY, when, OnReadConfig, nullptr);
     SetLibraryOptions(options);
 
     std::string list = kModules;
@@ -112,6 +116,8 @@ void CAgent::SetLibraryOptions(SOptions const & options)
     SetApplication(NETSNMP_DS_AGENT_DONT_LOG_TCPWRAPPERS_CONNECTS, true);
     if (!options.config.empty())
         netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OPTIONALCONFIG, options.config.c_str());
+    // Without this, an answer that no datagram can carry would be built, and lost when it is sent.
+    netsnmp_ds_set_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_MSG_SEND_MAX, kLongestDatagram);
     SetApplication(NETSNMP_DS_AGENT_ROLE, isSubagent);
     if (isSubagent) {
         SetApplication(NETSNMP_DS_AGENT_NO_CONNECTION_WARNINGS, true);
@@ -213,21 +219,23 @@ try {
     return 0;
 }
 
-int CAgent::OnReadConfig(int, int, void *, void *) noexcept
+int CAgent::OnReadConfig(int, int when, void *, void *) noexcept
 try {
     // Net-SNMP reads its own state only together with the system's configuration. It comes before the
     // configuration of the command line: users are made for the engine that it names.
     std::string const & file = g_agent->m_stateFile;
     std::error_code error;
-    if (!file.empty() && std::filesystem::exists(file, error)) read_config_with_type(file.c_str(), kApplication);
+    if (!file.empty() && std::filesystem::exists(file, error))
+        read_config_with_type_when(file.c_str(), kApplication,
+                                   when == SNMP_CALLBACK_PRE_READ_CONFIG ? NORMAL_CONFIG : PREMIB_CONFIG);
     return 0;
 } catch (...) {
     return 0;
 }
 
-int CAgent::OnMaster(int, int minor, void *, void *) noexcept
+int CAgent::OnMaster(int, int minor, void * session, void *) noexcept
 {
-    g_agent->m_masterPresent(minor == SNMPD_CALLBACK_INDEX_START);
+    g_agent->m_onMaster(minor == SNMPD_CALLBACK_INDEX_START ? static_cast<netsnmp_session *>(session) : nullptr);
     return 0;
 }
 

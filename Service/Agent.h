@@ -21,9 +21,10 @@ public:
     CAgent(CAgent const &) = delete;
     CAgent & operator=(CAgent const &) = delete;
 
-    /// Sets Net-SNMP up and reads the configuration file. masterPresent: called when the AgentX session comes
-    /// and goes. False with one line in `error`. Nothing of the system's configuration is read or written.
-    bool Init(SOptions const & options, std::function<void(bool)> masterPresent, std::string & error);
+    /// Sets Net-SNMP up and reads the configuration file. onMaster: called with the AgentX session when it
+    /// comes, and with null when it goes. False with one line in `error`. Nothing of the system's configuration is read
+    /// or written.
+    bool Init(SOptions const & options, std::function<void(netsnmp_session *)> onMaster, std::string & error);
     /// Complaints about the configuration that Init read.
     unsigned ConfigComplaints() const noexcept { return m_complaints; }
     /// Stand-alone: listens for managers. False with one line in `error`.
@@ -47,10 +48,10 @@ private:
     void OpenToCommunity(std::string const & community);
     void TakeMessage(int priority, char const * text);
     static int OnMessage(int, int, void * message, void *) noexcept;
-    static int OnReadConfig(int, int, void *, void *) noexcept;
-    static int OnMaster(int, int minor, void *, void *) noexcept;
+    static int OnReadConfig(int, int when, void *, void *) noexcept;
+    static int OnMaster(int, int minor, void * session, void *) noexcept;
 
-    std::function<void(bool)> m_masterPresent;
+    std::function<void(netsnmp_session *)> m_onMaster;
     std::vector<SMessage> m_messages;
     std::string m_partialMessage;
     std::string m_stateFile; ///< what Net-SNMP keeps over restarts; empty for nothing

@@ -23,7 +23,7 @@ CLoop::CLoop(std::vector<std::unique_ptr<CExtensionLibrary>> const & libraries, 
     : m_times(times),
       m_wakeUp(wakeUp),
       m_isSubagent(isSubagent),
-      m_traps(/*isOpen=*/!isSubagent),
+      m_traps(isSubagent),
       m_nowMs(Platform::MonotonicMs()),
       m_lifeEveryMs(Platform::SupervisorWatchdogMs() / 2)
 {
@@ -46,10 +46,10 @@ void CLoop::Submit(CExtensionLibrary const & library, JobPtr job)
     if (!QueueOf(library).Push(job)) job->Refuse(SNMP_ERR_RESOURCEUNAVAILABLE);
 }
 
-void CLoop::SetMasterPresent(bool present)
+void CLoop::SetMaster(netsnmp_session * master)
 {
-    m_traps.SetOpen(present);
-    if (present) return;
+    m_traps.SetMaster(master);
+    if (master != nullptr) return;
     for (auto const & queue : m_queues)
         queue->ForgetRequests();
     // Their answers would go to a session that is being closed.

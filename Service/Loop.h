@@ -41,8 +41,8 @@ public:
 
     /// Gives the job to the extension's queue, or answers it at once when that is full.
     void Submit(CExtensionLibrary const & library, JobPtr job);
-    /// The master has come or gone; its requests with it.
-    void SetMasterPresent(bool present);
+    /// The AgentX master has come, or null: it has gone, and its requests with it.
+    void SetMaster(netsnmp_session * master);
 
     /// Runs until a stop is requested, on the calling thread and as many others as are needed. True: all is at
     /// rest. False never comes back: `endNow` was called by the owner of the loop because an extension hasn't

@@ -53,12 +53,15 @@ inline constexpr u_char UInteger32 = ASN_UINTEGER;
 #undef ASN_UINTEGER32
 
 extern "C" {
-/// Exported by Net-SNMP's agent library, which declares them in none of its installed headers.
+// Exported by Net-SNMP's libraries, which declare them in none of their installed headers.
 extern netsnmp_agent_session * agent_delegated_list;
 extern netsnmp_agent_session * netsnmp_agent_queued_list;
 extern netsnmp_agent_session * netsnmp_processing_set;
 int netsnmp_handle_request(netsnmp_agent_session * session, int status);
 int netsnmp_check_delegated_chain_for(netsnmp_agent_session * session);
+int netsnmp_check_for_delegated_and_add(netsnmp_agent_session * session);
+extern netsnmp_session * main_session;
+int read_config_with_type_when(char const * file, char const * type, int when);
 }
 
 #endif

@@ -1,7 +1,5 @@
 #include "RequestJob.h"
 
-extern "C" int netsnmp_check_for_delegated_and_add(netsnmp_agent_session * session);
-
 namespace Service {
 
 void CRequestJob::Take(netsnmp_agent_request_info & info, netsnmp_request_info * requests)

@@ -30,16 +30,56 @@ void CTrapForwarder::Signal(CWorkQueue & queue)
     if (std::find(m_signalled.begin(), m_signalled.end(), &queue) == m_signalled.end()) m_signalled.push_back(&queue);
 }
 
+void CTrapForwarder::SetMaster(netsnmp_session * master)
+{
+    m_master = master;
+    if (master != nullptr) {
+        // Net-SNMP made it a receiver like any other; here it has a way of its own.
+        remove_trap_session(master);
+        return;
+    }
+    m_sentToSinks += m_unanswered.size();
+    while (!m_unanswered.empty()) {
+        m_waiting.push_front(std::move(m_unanswered.back().notification));
+        m_unanswered.pop_back();
+    }
+}
+
+bool CTrapForwarder::CanSend() const noexcept
+{
+    return !m_isSubagent || (m_master != nullptr && m_unanswered.size() < kMaxUnanswered);
+}
+
 void CTrapForwarder::Turn(std::uint64_t nowMs)
 {
-    if (!m_isOpen || !HasWork() || nowMs < m_restUntilMs) return;
-    const std::size_t count = std::min(m_traps.size(), kBatch);
-    for (std::size_t i = 0; i < count && m_isOpen; ++i) {
-        SendTrap(m_traps.front());
-        m_traps.pop_front();
-    }
-    if (count != 0) m_restUntilMs = nowMs + kRestMs;
-    if (m_isAsking || !m_traps.empty() || m_signalled.empty() || !m_isOpen) return;
+    if (nowMs < m_restUntilMs) return;
+    if (!m_waiting.empty() && CanSend()) SendBatch(nowMs);
+    if (!m_signalled.empty() && !m_isAsking && m_waiting.empty() && CanSend()) AskForMore();
+}
+
+void CTrapForwarder::SendBatch(std::uint64_t nowMs)
+{
+    for (std::size_t i = 0; i < kBatch && !m_waiting.empty() && CanSend(); ++i)
+        SendOldest();
+    m_restUntilMs = nowMs + kRestMs;
+}
+
+void CTrapForwarder::SendOldest()
+{
+    CNotification notification = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    if (m_sentToSinks != 0)
+        --m_sentToSinks;
+    else
+        notification.SendToSinks();
+    if (!m_isSubagent) return;
+    // One that couldn't be sent keeps its place; the session is about to end then.
+    const int number = notification.SendToMaster(m_master, OnAnswer, this);
+    m_unanswered.push_back({number, std::move(notification)});
+}
+
+void CTrapForwarder::AskForMore()
+{
     CWorkQueue & queue = *m_signalled.front();
     m_signalled.erase(m_signalled.begin());
     m_isAsking = true;
@@ -51,14 +91,23 @@ void CTrapForwarder::Take(CWorkQueue & queue, CTrapQuery & query)
 {
     m_isAsking = false;
     for (STrap & trap : query.Traps())
-        m_traps.push_back(std::move(trap));
+        m_waiting.emplace_back(trap);
     if (!query.ReachedEnd()) Signal(queue);
+}
+
+int CTrapForwarder::OnAnswer(int operation, netsnmp_session *, int number, netsnmp_pdu *, void * forwarder) noexcept
+{
+    if (operation != NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE) return 1;
+    auto & unanswered = static_cast<CTrapForwarder *>(forwarder)->m_unanswered;
+    std::erase_if(unanswered, [number](SUnanswered const & sent) { return sent.number == number; });
+    return 1;
 }
 
 bool CTrapForwarder::NextTurnMs(std::uint64_t & timeMs) const noexcept
 {
-    // A job that is under way ends with a turn of the loop by itself.
-    if (!m_isOpen || !HasWork() || (m_isAsking && m_traps.empty())) return false;
+    // A job that is under way ends with a turn of the loop by itself, and so comes an answer of the master.
+    const bool hasWork = !m_waiting.empty() || (!m_signalled.empty() && !m_isAsking);
+    if (!hasWork || !CanSend()) return false;
     timeMs = m_restUntilMs;
     return true;
 }

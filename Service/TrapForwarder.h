@@ -7,26 +7,31 @@
 #include <vector>
 
 #include "Job.h"
-#include "TrapQuery.h"
+#include "Notification.h"
 #include "WorkQueue.h"
 
 namespace Service {
 
 /// Turns the traps of extensions into notifications: in their order, a few at a time so that the master and the
 /// receivers keep up, and only while there is somebody to send them to. Traps that can't go yet stay with their
-/// extension, except the few already taken.
+/// extension, except the few already taken. A master answers each notification; what it hasn't answered when its
+/// session ends is sent again in the next one.
 /// Threads: the owner of the loop.
 class CTrapForwarder {
 public:
     /// Sent between two turns of the loop. More would fill the AgentX connection both ways, and block both ends.
     static constexpr std::size_t kBatch = 32;
+    /// Notifications that a master may owe an answer for.
+    static constexpr std::size_t kMaxUnanswered = 2 * kBatch;
     /// Rest between two batches, for receivers on datagrams, which nobody holds back otherwise.
     static constexpr std::uint64_t kRestMs = 10;
 
-    /// isOpen: notifications can be sent from the start.
-    explicit CTrapForwarder(bool isOpen) : m_isOpen(isOpen) {}
-    void SetOpen(bool open) noexcept { m_isOpen = open; }
+    explicit CTrapForwarder(bool isSubagent) : m_isSubagent(isSubagent) {}
+    CTrapForwarder(CTrapForwarder const &) = delete;
+    CTrapForwarder & operator=(CTrapForwarder const &) = delete;
 
+    /// The master has come, or null: it has gone.
+    void SetMaster(netsnmp_session * master);
     /// The extension's event was signalled.
     void Signal(CWorkQueue & queue);
     /// Sends what waits, and has the extensions asked for more. Call it once in each turn.
@@ -37,18 +42,27 @@ public:
 private:
     class CTrapJob;
 
-    bool HasWork() const noexcept { return !m_traps.empty() || !m_signalled.empty(); }
-    void Take(CWorkQueue & queue, CTrapQuery & query);
+    struct SUnanswered {
+        int number;
+        CNotification notification;
+    };
 
-    bool m_isOpen;
-    std::deque<STrap> m_traps;             ///< taken and not yet sent
+    bool CanSend() const noexcept;
+    void SendBatch(std::uint64_t nowMs);
+    void SendOldest();
+    void AskForMore();
+    void Take(CWorkQueue & queue, CTrapQuery & query);
+    static int OnAnswer(int operation, netsnmp_session *, int number, netsnmp_pdu *, void * forwarder) noexcept;
+
+    const bool m_isSubagent;
+    netsnmp_session * m_master = nullptr;
+    std::deque<CNotification> m_waiting;   ///< taken and not yet sent
+    std::size_t m_sentToSinks = 0;         ///< of those, the first so many have only the master left
+    std::deque<SUnanswered> m_unanswered;  ///< sent to the master, the oldest first
     std::vector<CWorkQueue *> m_signalled; ///< extensions that have traps, as far as is known
     bool m_isAsking = false;               ///< a job for traps is under way
     std::uint64_t m_restUntilMs = 0;
 };
-
-/// Sends one trap to all receivers and takes its values for that. Inside Net-SNMP.
-void SendTrap(STrap & trap);
 
 } // namespace Service
 

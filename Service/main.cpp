@@ -60,13 +60,13 @@ private:
     bool InitAgent(std::string & error)
     {
         return m_agent.Init(
-            m_options, [this](bool present) { OnMaster(present); }, error);
+            m_options, [this](netsnmp_session * master) { OnMaster(master); }, error);
     }
 
-    void OnMaster(bool present)
+    void OnMaster(netsnmp_session * master)
     {
-        m_masterPresent = present;
-        if (m_loop != nullptr) m_loop->SetMasterPresent(present);
+        m_master = master;
+        if (m_loop != nullptr) m_loop->SetMaster(master);
     }
 
     int Check()
@@ -98,7 +98,7 @@ private:
             if (!library->Start(uptimeReference, error)) return false;
         m_loop = std::make_unique<CLoop>(m_libraries, SLoopTimes{m_options.answerWithinMs, m_options.watchdogMs},
                                          m_wakeUp, !m_options.agentX.empty());
-        m_loop->SetMasterPresent(m_options.agentX.empty() || m_masterPresent);
+        if (m_master != nullptr) m_loop->SetMaster(m_master);
         return RegisterRegions(error);
     }
 
@@ -148,7 +148,7 @@ private:
     Platform::CWakeUp m_wakeUp;
     CLibraries m_libraries;
     CAgent m_agent;
-    bool m_masterPresent = false;
+    netsnmp_session * m_master = nullptr;            ///< the AgentX session while there is one
     std::vector<std::unique_ptr<SRegion>> m_regions; ///< before the loop, whose jobs come from their pools
     std::unique_ptr<CLoop> m_loop;
 };
