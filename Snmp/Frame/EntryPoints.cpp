@@ -17,9 +17,6 @@ namespace {
 /// Threads killed before the present agent was attached.
 std::uint32_t g_terminatedBefore = 0;
 
-/// An agent that a thread which was killed, but can't be stopped, may still use. It stays for good.
-CSnmpAgent * g_abandonedAgent = nullptr;
-
 /// An address inside this library, by which its file is found; the host's module handle need not be one.
 void const * AddressInside() noexcept
 {

@@ -5,6 +5,7 @@
 #include "Platform/Host.h"
 
 CSnmpAgent * g_pAgent = nullptr;
+CSnmpAgent * g_abandonedAgent = nullptr;
 constinit TRelaxed<std::uint32_t> g_agentShutdown;
 constinit TRelaxed<std::uint32_t> g_agentClosed;
 char g_moduleName[kModuleNameRoom];

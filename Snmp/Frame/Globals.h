@@ -15,6 +15,10 @@ class CSnmpAgent;
 /// while the host is inside DllMain.
 extern CSnmpAgent * g_pAgent;
 
+/// The last agent that stays for good, since a thread that was killed but can't be stopped may still use it. Changes
+/// as g_pAgent.
+extern CSnmpAgent * g_abandonedAgent;
+
 /// Not 0 while the agent shuts down or refuses work. Any thread.
 extern TRelaxed<std::uint32_t> g_agentShutdown;
 

@@ -57,15 +57,19 @@ TEST_F(FrameTest, ConstructingAnAgentClearsTheShutdownFlag)
     EXPECT_EQ(0u, g_agentShutdown);
 }
 
-TEST_F(FrameTest, EventsThatCannotBeMadeLeaveTheirErrorsAndAnAgent)
+TEST_F(FrameTest, EachEventThatCannotBeMadeLeavesItsErrorAndAnAgent)
 {
-    g_fakes.failEvents = 7;
-    g_fakes.eventsMade = 0;
-    CAgentUnderTest agent;
-    EXPECT_EQ(kFakeError, agent.m_trapEventError);
-    EXPECT_EQ(kFakeError, agent.m_shutdownEventError);
-    EXPECT_EQ(kFakeError, agent.m_restartAbortEventError);
-    EXPECT_FALSE(agent.m_trapEvent || agent.m_shutdownEvent || agent.m_restartAbortEvent);
+    for (std::uint32_t mask = 1; mask <= 7; ++mask) {
+        g_fakes.failEvents = mask;
+        g_fakes.eventsMade = 0;
+        const CAgentUnderTest agent;
+        EXPECT_EQ((mask & 1) != 0 ? kFakeError : 0, agent.m_trapEventError) << mask;
+        EXPECT_EQ((mask & 2) != 0 ? kFakeError : 0, agent.m_shutdownEventError) << mask;
+        EXPECT_EQ((mask & 4) != 0 ? kFakeError : 0, agent.m_restartAbortEventError) << mask;
+        EXPECT_EQ((mask & 1) == 0, static_cast<bool>(agent.m_trapEvent)) << mask;
+        EXPECT_EQ((mask & 2) == 0, static_cast<bool>(agent.m_shutdownEvent)) << mask;
+        EXPECT_EQ((mask & 4) == 0, static_cast<bool>(agent.m_restartAbortEvent)) << mask;
+    }
 }
 
 TEST_F(FrameTest, TheDestructorTracesItsStatusThenTheThreadRecord)
@@ -196,7 +200,7 @@ TEST_F(InitTest, StartingAgainHandsOutTheRegionsAgain)
     EXPECT_EQ(1, m_agent.SnmpInitEx(m_region.Get()));
 }
 
-TEST_F(InitTest, SetRegistryNameIgnoresNothing)
+TEST_F(InitTest, SetRegistryNameIgnoresNullAndEmpty)
 {
     m_agent.SetRegistryName("Kestrix RAID");
     m_agent.SetRegistryName(nullptr);

@@ -1,74 +1,9 @@
-#include <cstdlib>
-#include <new>
 #include <thread>
 
+#include "AllocationFault.h"
 #include "FrameFixture.h"
 #include "Platform/SnmpUtil.h"
 #include "Snmp/Mib/VarBind.h"
-
-namespace {
-
-/// The allocation on this thread that fails, counted down; 0: none.
-thread_local unsigned g_allocationsUntilFailure = 0;
-
-bool FailsNow() noexcept
-{
-    return g_allocationsUntilFailure != 0 && --g_allocationsUntilFailure == 0;
-}
-
-/// Makes the n-th C++ allocation of this thread fail, once.
-class CAllocationFault {
-public:
-    explicit CAllocationFault(unsigned n) { g_allocationsUntilFailure = n; }
-    ~CAllocationFault() { g_allocationsUntilFailure = 0; }
-    CAllocationFault(CAllocationFault const &) = delete;
-    CAllocationFault & operator=(CAllocationFault const &) = delete;
-    bool Fired() const { return g_allocationsUntilFailure == 0; }
-};
-
-} // namespace
-
-void * operator new(std::size_t size)
-{
-    if (!FailsNow())
-        if (void * const block = std::malloc(size != 0 ? size : 1); block != nullptr) return block;
-    throw std::bad_alloc();
-}
-
-void * operator new(std::size_t size, std::nothrow_t const &) noexcept
-{
-    return FailsNow() ? nullptr : std::malloc(size != 0 ? size : 1);
-}
-
-void * operator new[](std::size_t size)
-{
-    return ::operator new(size);
-}
-
-void * operator new[](std::size_t size, std::nothrow_t const & tag) noexcept
-{
-    return ::operator new(size, tag);
-}
-
-void operator delete(void * block) noexcept
-{
-    std::free(block);
-}
-
-void operator delete[](void * block) noexcept
-{
-    std::free(block);
-}
-
-void operator delete(void * block, std::size_t) noexcept
-{
-    std::free(block);
-}
-
-void operator delete[](void * block, std::size_t) noexcept
-{
-    std::free(block);
-}
 
 namespace {
 

@@ -20,7 +20,7 @@ ErrorCode REAL(_ZN8Platform8NewEventERPNS_9SWaitableEbb)(WaitHandle & out, bool 
 ErrorCode WRAP(_ZN8Platform8NewEventERPNS_9SWaitableEbb)(WaitHandle & out, bool initialState, bool manualReset);
 ErrorCode WRAP(_ZN8Platform8NewEventERPNS_9SWaitableEbb)(WaitHandle & out, bool initialState, bool manualReset)
 {
-    if ((g_fakes.failEvents >> g_fakes.eventsMade++ & 1u) != 0) return kFakeError;
+    if (g_fakes.failEvents != 0 && (g_fakes.failEvents >> g_fakes.eventsMade++ % 32 & 1u) != 0) return kFakeError;
     return REAL(_ZN8Platform8NewEventERPNS_9SWaitableEbb)(out, initialState, manualReset);
 }
 

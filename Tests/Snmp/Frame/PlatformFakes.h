@@ -12,7 +12,7 @@
 /// What the platform answers instead of the system. Everything stays with the system until a field is set. Set
 /// before threads run.
 struct SPlatformFakes {
-    std::uint32_t failEvents = 0; ///< bit n: the n-th event from now on can't be made
+    std::uint32_t failEvents = 0; ///< bit n: the n-th event from 0 can't be made; eventsMade counts meanwhile
     std::uint32_t eventsMade = 0;
     Platform::ErrorCode startThreadError = Platform::Success;
     std::optional<std::uint64_t> tickCountMs;
