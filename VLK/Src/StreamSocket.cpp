@@ -213,7 +213,7 @@ unsigned int CVlkSocket::PeekCmd()
 void CVlkSocket::Skip(unsigned int tag)
 {
     for (;;) {
-        // The rest of a block is only counted off; the position in the buffer stays, as it always did.
+        // Settled: the rest of a block is counted off without moving the position in the buffer.
         while (m_uState == ST_ReadBlock && m_uBlockRemainder != 0) {
             Refill();
             const unsigned long long part = std::min(m_uBlockRemainder, m_uCount);
