@@ -29,7 +29,7 @@ CLoop::CLoop(std::vector<std::unique_ptr<CExtensionLibrary>> const & libraries, 
 {
     m_pump.Watch(wakeUp.Descriptor());
     for (auto const & library : libraries) {
-        m_queues.push_back(std::make_unique<CWorkQueue>(*library));
+        m_queues.push_back(std::make_unique<CWorkQueue>(library.get()));
         if (library->TrapDescriptor() >= 0) m_pump.Watch(library->TrapDescriptor());
     }
 }

@@ -17,9 +17,10 @@ inline constexpr std::size_t kMaxWaiting = 256;
 /// Threads: only the one that runs the loop.
 class CWorkQueue {
 public:
-    explicit CWorkQueue(CExtensionLibrary & library) : m_library(library) {}
+    /// library: what Library gives, and nothing else happens with it.
+    explicit CWorkQueue(CExtensionLibrary * library) : m_library(library) {}
 
-    CExtensionLibrary & Library() const noexcept { return m_library; }
+    CExtensionLibrary & Library() const noexcept { return *m_library; }
 
     /// Takes the job over unless the queue is full; then false, and the job is still the caller's.
     bool Push(JobPtr & job);
@@ -40,7 +41,7 @@ public:
     void ForgetRequests();
 
 private:
-    CExtensionLibrary & m_library;
+    CExtensionLibrary * m_library;
     std::deque<JobPtr> m_waiting;
     JobPtr m_running;
     std::uint64_t m_callStartMs = 0;
