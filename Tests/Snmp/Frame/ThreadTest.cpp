@@ -16,18 +16,24 @@ struct SBody {
     static std::uint32_t Run(void * argument) noexcept
     {
         SBody & body = *static_cast<SBody *>(argument);
+        body.entered = true;
         body.release.Pass();
         body.ended = true;
         return 7;
     }
 
     CGate release;
-    std::atomic<bool> ended{false};
+    std::atomic<bool> entered{false}, ended{false};
 };
 
 class FrameThreadTest : public FrameTest {
 protected:
-    void StartBody(CThread & thread) { ASSERT_TRUE(thread.Start(&SBody::Run, &m_body, 0)); }
+    /// The body has begun when this returns: a thread that is killed before never runs.
+    void StartBody(CThread & thread)
+    {
+        ASSERT_TRUE(thread.Start(&SBody::Run, &m_body, 0));
+        ASSERT_TRUE(HoldsWithin(kDeadline, [this] { return m_body.entered.load(); }));
+    }
     SBody m_body;
 };
 
