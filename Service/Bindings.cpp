@@ -119,8 +119,8 @@ bool CBindings::Add(ArcView name) noexcept
 
 void CBindings::FreeBindings() noexcept
 {
-    // A length that grew in the extension's hands says nothing about the array, which only we allocate.
-    const std::uint32_t count = m_array != nullptr ? std::min(m_list.len, m_count) : m_list.len;
+    // A length that changed in the extension's hands says nothing about the array, which only we allocate.
+    const std::uint32_t count = m_array != nullptr ? m_count : m_list.len;
     for (std::uint32_t i = 0; m_list.list != nullptr && i < count; ++i)
         SnmpUtilVarBindFree(&m_list.list[i]);
     m_list.len = 0;

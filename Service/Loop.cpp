@@ -46,6 +46,11 @@ void CLoop::Submit(CExtensionLibrary const & library, JobPtr job)
     if (!QueueOf(library).Push(job)) job->Refuse(SNMP_ERR_RESOURCEUNAVAILABLE);
 }
 
+void CLoop::SendLastTraps(CExtensionLibrary const & library)
+{
+    m_traps.SendLast(library.Functions());
+}
+
 void CLoop::SetMaster(netsnmp_session * master)
 {
     m_traps.SetMaster(master);

@@ -44,6 +44,9 @@ public:
     /// The AgentX master has come, or null: it has gone, and its requests with it.
     void SetMaster(netsnmp_session * master);
 
+    /// Behind Run: sends the last traps of an extension that has been closed.
+    void SendLastTraps(CExtensionLibrary const & library);
+
     /// Runs until a stop is requested, on the calling thread and as many others as are needed. True: all is at
     /// rest. False never comes back: `endNow` was called by the owner of the loop because an extension hasn't
     /// returned, and must not return.

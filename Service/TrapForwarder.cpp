@@ -78,6 +78,17 @@ void CTrapForwarder::SendOldest()
     m_unanswered.push_back({number, std::move(notification)});
 }
 
+void CTrapForwarder::SendLast(SEntryPoints const & extension)
+{
+    if (m_isSubagent && m_master == nullptr) return;
+    CTrapQuery query(kMaxUnanswered);
+    query.Run(extension);
+    for (STrap & trap : query.Traps())
+        m_waiting.emplace_back(trap);
+    while (!m_waiting.empty())
+        SendOldest();
+}
+
 void CTrapForwarder::AskForMore()
 {
     CWorkQueue & queue = *m_signalled.front();

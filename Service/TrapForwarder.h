@@ -36,6 +36,9 @@ public:
     void Signal(CWorkQueue & queue);
     /// Sends what waits, and has the extensions asked for more. Call it once in each turn.
     void Turn(std::uint64_t nowMs);
+    /// Sends what an extension that has just been closed still has to say, of its traps the first kMaxUnanswered. The
+    /// loop has ended, and nobody waits for answers any more.
+    void SendLast(SEntryPoints const & extension);
     /// When Turn has something to do; false: when something happens.
     bool NextTurnMs(std::uint64_t & timeMs) const noexcept;
 

@@ -120,7 +120,11 @@ private:
                     m_options.agentX.empty() ? "listening on " + m_options.listen : "subagent of " + m_options.agentX);
         Platform::TellSupervisor("READY=1");
         m_loop->Run([this](std::vector<bool> const & busy) { EndNow(busy); });
-        // Net-SNMP first, so that nobody asks an extension that has stopped.
+        // The loop has ended, so nobody asks an extension that has stopped.
+        for (auto const & library : m_libraries) {
+            library->Stop();
+            m_loop->SendLastTraps(*library);
+        }
         m_agent.Shutdown();
         m_libraries.clear();
         CLog::Write(EPriority::Info, "ended");
