@@ -1,5 +1,4 @@
 #include <array>
-#include <cstring>
 
 #include "VLK/Exceptions.h"
 #include "VLK/FormatStream.h"
@@ -91,15 +90,19 @@ bool CFormatStream::FindPlaceholder()
     if (m_pCursor == nullptr) return false;
     for (;;) {
         char const * const plain = m_pCursor;
-        char const * const percent = std::strchr(plain, '%');
-        if (percent == nullptr) {
+        char const * percent = plain;
+        bool hasNewline = false;
+        for (; *percent != '\0' && *percent != '%'; ++percent)
+            hasNewline |= *percent == '\n';
+        unsigned int const splitLines = hasNewline ? 1 : 0;
+        if (*percent == '\0') {
             m_pCursor = nullptr;
-            FormatedWrite(plain, std::strlen(plain), 1);
+            FormatedWrite(plain, static_cast<std::size_t>(percent - plain), splitLines);
             return false;
         }
         bool const isEscape = percent[1] == '%';
         m_pCursor = percent + (isEscape ? 2 : 1);
-        FormatedWrite(plain, static_cast<std::size_t>(percent - plain) + (isEscape ? 1 : 0), 1);
+        FormatedWrite(plain, static_cast<std::size_t>(percent - plain) + (isEscape ? 1 : 0), splitLines);
         if (!isEscape) return true;
         if (*m_pCursor == '\0') doThrow(source);
     }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <type_traits>
@@ -46,12 +47,14 @@ char * DecimalDigits(TUnsigned value, char * end) noexcept
     return end;
 }
 
+/// radix: a power of two.
 template <class TUnsigned>
-char * RadixDigits(TUnsigned value, unsigned int radix, char const * digits, char * end) noexcept
+char * BinaryDigits(TUnsigned value, unsigned int radix, char const * digits, char * end) noexcept
 {
+    unsigned int const shift = static_cast<unsigned int>(std::countr_zero(radix));
     do {
-        *--end = digits[value % radix];
-        value /= radix;
+        *--end = digits[value & (radix - 1)];
+        value >>= shift;
     } while (value != 0);
     return end;
 }
@@ -84,7 +87,7 @@ char * CFormatStream::Digits(TUnsigned value, char (&buffer)[DigitRoom])
         value = TUnsigned{0} - value;
     }
     char * first = m_uRadix == 10 ? DecimalDigits(value, end)
-                                  : RadixDigits(value, m_uRadix, m_uUpper != 0 ? UpperDigits : LowerDigits, end);
+                                  : BinaryDigits(value, m_uRadix, m_uUpper != 0 ? UpperDigits : LowerDigits, end);
     // The sink needn't turn digits to upper case again.
     m_uUpper = 0;
     if (m_uSign != 0) *--first = static_cast<char>(m_uSign);

@@ -1,5 +1,6 @@
 #include "StringStreamBuffer.h"
 
+#include <cstring>
 #include <new>
 
 #include "Memory.h"
@@ -27,6 +28,8 @@ public:
 };
 
 CDeadStreamBuffer g_DeadBuffer;
+
+constexpr std::size_t SmallText = 24;
 
 } // namespace
 
@@ -108,7 +111,16 @@ unsigned int CStringStreamBuffer::Fill(int c, std::size_t n)
 void CStringStreamBuffer::AppendText(CStringVar & target, char const * text, std::size_t n, unsigned int upper)
 {
     if (n == 0) return;
-    target.AllocCopy(text, n);
+    if (n <= SmallText && target.HasRoom(n)) {
+        // Most pieces are a few characters: sooner copied than measured. As everywhere, a NUL ends the text.
+        char * const end = target.Data() + target.size();
+        std::size_t i = 0;
+        for (; i != n && text[i] != '\0'; ++i)
+            end[i] = text[i];
+        target.SetLength(target.size() + i);
+    } else {
+        target.AllocCopy(text, n);
+    }
     if (upper == 0) return;
     // Never more than what was appended, also where the text ended early or didn't fit.
     std::size_t const appended = target.size() < n ? target.size() : n;
@@ -117,7 +129,13 @@ void CStringStreamBuffer::AppendText(CStringVar & target, char const * text, std
 
 void CStringStreamBuffer::AppendFill(CStringVar & target, int c, std::size_t n)
 {
-    if (n != 0) target(target.size(), 0).Set(static_cast<char>(c), n);
+    if (n == 0) return;
+    if (target.IsReference() || n > target.m_uCapacity - target.m_uLength) {
+        target(target.size(), 0).Set(static_cast<char>(c), n);
+        return;
+    }
+    std::memset(target.Data() + target.m_uLength, c, n);
+    target.SetLength(target.m_uLength + n);
 }
 
 } // namespace VLK::Internals

@@ -285,9 +285,11 @@ protected:
 
     /// Makes room for `need` more characters. The only place where a string grows. URET_OK, or URET_Error on a
     /// thread with throwing disabled.
-    unsigned int Alloc(std::size_t need)
+    unsigned int Alloc(std::size_t need) { return HasRoom(need) ? 1 : Grow(need); }
+    /// Whether Alloc has nothing to do.
+    bool HasRoom(std::size_t need) const noexcept
     {
-        return m_uCapacity - 1 < MaxCapacity && need <= m_uCapacity - m_uLength && !MayFallBack(need) ? 1 : Grow(need);
+        return m_uCapacity - 1 < MaxCapacity && need <= m_uCapacity - m_uLength && !MayFallBack(need);
     }
     /// Appends a C string, at most n characters; n = 0 means all. src may lie inside this string.
     unsigned int AllocCopy(char const * src, std::size_t n);

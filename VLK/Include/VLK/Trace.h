@@ -25,7 +25,7 @@ class path;
 /// A site traces for the module that is being compiled (VLK_THIS_MODULE). Format errors in a record are silent.
 #define VLK_TRACE(bit, ...)                                                                                            \
     do {                                                                                                               \
-        if (VLK_TRACE_ON(bit))                                                                                         \
+        if (VLK_TRACE_ON(bit)) [[unlikely]]                                                                            \
             ::VLK::Internals::WriteTraceRecord(bit, VLK_THIS_MODULE, VLK_SOURCE_FILE, __func__, __LINE__,              \
                                                __VA_ARGS__);                                                           \
     } while (false)
@@ -33,6 +33,12 @@ class path;
     if (!VLK_TRACE_ON(bit)) {                                                                                          \
     } else                                                                                                             \
         ::VLK::Internals::CTraceStreamBuffer(bit, VLK_THIS_MODULE, VLK_SOURCE_FILE, __func__, __LINE__).Format(format)
+// What stands behind a clear bit lies out of the way of the code around the site.
+#if __has_cpp_attribute(gnu::cold)
+#define VLK_COLD [[gnu::cold]]
+#else
+#define VLK_COLD
+#endif
 #define VLK_TRACE_ON(bit) (VLK_THIS_MODULE.CheckTrcPoint(bit, 1) != 0)
 
 namespace VLK {
@@ -122,8 +128,8 @@ private:
 };
 
 template <class... TValues>
-void WriteTraceRecord(std::uint32_t flag, Misc::CModuleInfo & module, char const * file, char const * function,
-                      unsigned int line, char const * format, TValues const &... values)
+VLK_COLD void WriteTraceRecord(std::uint32_t flag, Misc::CModuleInfo & module, char const * file, char const * function,
+                               unsigned int line, char const * format, TValues const &... values)
 {
     CTraceStreamBuffer record(flag, module, file, function, line);
     static_cast<void>((record.Format(format) << ... << values));
