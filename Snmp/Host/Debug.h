@@ -31,7 +31,13 @@ public:
 
     /// Whether any output can produce text. A snapshot without ordering: a change of the configuration may be
     /// seen a few calls late.
-    static bool Enabled() noexcept { return m_enabled.load(std::memory_order_relaxed) != 0; }
+    static bool Enabled() noexcept
+    {
+        // Unlikely, so that the sites' code lies aside of what runs all the time.
+        if (m_enabled.load(std::memory_order_relaxed) != 0) [[unlikely]]
+            return true;
+        return false;
+    }
 
     /// Sets the trace up anew and reads the registry.
     /// appName: names the registry subkey and the application in the texts, cut to 47 bytes; copied. Null only

@@ -35,11 +35,13 @@ void Reply(RFC1157VarBind & binding, SMibCell const & constant) noexcept
 {
     ReplaceOid(binding.name, constant.Key());
     if (OwnsMemory(binding.value.asnType)) SnmpUtilAsnAnyFree(&binding.value);
-    const AsnAny value = constant.Value();
-    if (OwnsMemory(value.asnType)) {
+    if (OwnsMemory(constant.asnType)) {
+        const AsnAny value = constant.Value();
         SnmpUtilAsnAnyCpy(&binding.value, &value);
     } else {
-        binding.value = value;
+        binding.value = {};
+        binding.value.asnType = constant.asnType;
+        binding.value.asnValue.unsigned32 = constant.content;
     }
 }
 

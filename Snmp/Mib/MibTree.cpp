@@ -95,8 +95,7 @@ public:
         if (tree.m_access.appendsIndexes(tree)) {
             Append(indexes);
         } else {
-            AsnObjectIdentifier oid = m_buffer.Oid();
-            OverwriteOidIndexes(&oid, indexes.index1, indexes.index2, indexes.index3, indexes.index4, indexes.index5);
+            m_buffer.OverwriteTail({indexes.index5, indexes.index4, indexes.index3, indexes.index2, indexes.index1});
         }
     }
     CColumn(char const * text, char const * index, std::uint32_t extraIndex) : CColumn(text)
@@ -106,7 +105,7 @@ public:
         if (extraIndex != kNoOidIndex) m_buffer.Append(extraIndex);
     }
 
-    AsnObjectIdentifier Oid() noexcept { return m_buffer.Oid(); }
+    SOidView Key() const noexcept { return m_buffer.View(); }
 
 private:
     void Append(SIndexes const & indexes)
@@ -133,87 +132,85 @@ CMibTree::~CMibTree()
 // Constants
 
 /// oid, value: read only, and nothing in them is owned.
-void CMibTree::InsertConstant(EKind kind, char const * name, AsnObjectIdentifier const & oid, AsnAny const & value,
-                              std::uint32_t access)
+void CMibTree::InsertConstant(EKind kind, char const * name, SOidView key, AsnAny const & value, std::uint32_t access)
 {
-    if (CDebug::Enabled()) TraceConstant(kind == EKind::Scalar, name, {oid, value}, access);
+    if (CDebug::Enabled()) TraceConstant(kind == EKind::Scalar, name, {key.Oid(), value}, access);
     if (IsReadWrite(access) || !CMibStore::IsCompact(value)) {
-        const RFC1157VarBind binding{oid, value};
+        const RFC1157VarBind binding{key.Oid(), value};
         MibInsertEntry(&binding, name, access, {}, {}, {}, {}, nullptr);
         return;
     }
     const CLock lock(m_treeLock);
-    StoreConstant(name, oid, value, access);
+    StoreConstant(name, key, value, access);
 }
 
 /// Under the lock: a constant whose value has a compact form.
-void CMibTree::StoreConstant(char const * name, AsnObjectIdentifier const & oid, AsnAny const & value,
-                             std::uint32_t access)
+void CMibTree::StoreConstant(char const * name, SOidView key, AsnAny const & value, std::uint32_t access)
 {
-    if (m_objects.PutConstant(SOidView(oid), name, value)) return;
-    MibEntry & entry = StoreVariable(oid, name, {}, access);
+    if (m_objects.PutConstant(key, name, value)) return;
+    MibEntry & entry = StoreVariable(key, name, {}, access);
     m_objects.BorrowContext(entry, nullptr);
-    entry.SetBinding({oid, value});
+    entry.SetBinding({entry.varbind.name, value}); // `key` may have been a part of the entry
 }
 
-void CMibTree::InsertText(EKind kind, char const * name, AsnObjectIdentifier const & oid, char const * value,
-                          std::uint32_t type, std::uint32_t access)
+void CMibTree::InsertText(EKind kind, char const * name, SOidView key, char const * value, std::uint32_t type,
+                          std::uint32_t access)
 {
-    if (oid.idLength == 0) {
-        InsertConstant(kind, name, oid, NullValue(), access);
+    if (key.length == 0) {
+        InsertConstant(kind, name, key, NullValue(), access);
     } else if (type == ASN_OCTETSTRING && value != nullptr && *value != '\0') {
         // The store copies the bytes itself; so there is no need for a copy of them on the way.
         AsnAny octets{};
         octets.asnType = ASN_OCTETSTRING;
         octets.asnValue.string.stream = reinterpret_cast<std::uint8_t *>(const_cast<char *>(value));
         octets.asnValue.string.length = static_cast<std::uint32_t>(std::strlen(value));
-        InsertConstant(kind, name, oid, octets, access);
+        InsertConstant(kind, name, key, octets, access);
     } else {
         CVarBind binding;
         SetVarBindFromText(binding.Get(), value, type);
-        InsertConstant(kind, name, oid, binding->value, access);
+        InsertConstant(kind, name, key, binding->value, access);
     }
 }
 
-void CMibTree::InsertNumber(EKind kind, char const * name, AsnObjectIdentifier const & oid, std::uint32_t value,
-                            std::uint32_t type, std::uint32_t access)
+void CMibTree::InsertNumber(EKind kind, char const * name, SOidView key, std::uint32_t value, std::uint32_t type,
+                            std::uint32_t access)
 {
-    if (oid.idLength == 0) {
-        InsertConstant(kind, name, oid, NullValue(), access);
+    if (key.length == 0) {
+        InsertConstant(kind, name, key, NullValue(), access);
     } else if (IsNumber(type)) {
         AsnAny number{};
         number.asnType = static_cast<std::uint8_t>(type);
         number.asnValue.unsigned32 = value;
-        InsertConstant(kind, name, oid, number, access);
+        InsertConstant(kind, name, key, number, access);
     } else {
         CVarBind binding;
         SetVarBindNumber(binding.Get(), value, type);
-        InsertConstant(kind, name, oid, binding->value, access);
+        InsertConstant(kind, name, key, binding->value, access);
     }
 }
 
 void CMibTree::MibInsertConstOid(char const * oid, char const * name, char const * value, std::uint32_t type,
                                  std::uint32_t access)
 {
-    InsertText(EKind::Scalar, name, CColumn(oid).Oid(), value, type, access);
+    InsertText(EKind::Scalar, name, CColumn(oid).Key(), value, type, access);
 }
 
 void CMibTree::MibInsertConstOid(char const * oid, char const * name, std::uint32_t value, std::uint32_t type,
                                  std::uint32_t access)
 {
-    InsertNumber(EKind::Scalar, name, CColumn(oid).Oid(), value, type, access);
+    InsertNumber(EKind::Scalar, name, CColumn(oid).Key(), value, type, access);
 }
 
 void CMibTree::MibInsertConstStringIndexOid(char const * oid, char const * name, char const * value, std::uint32_t type,
                                             char const * index, std::uint32_t extraIndex)
 {
-    InsertText(EKind::Cell, name, CColumn(oid, index, extraIndex).Oid(), value, type, 0);
+    InsertText(EKind::Cell, name, CColumn(oid, index, extraIndex).Key(), value, type, 0);
 }
 
 void CMibTree::MibInsertConstStringIndexOid(char const * oid, char const * name, std::uint32_t value,
                                             std::uint32_t type, char const * index, std::uint32_t extraIndex)
 {
-    InsertNumber(EKind::Cell, name, CColumn(oid, index, extraIndex).Oid(), value, type, 0);
+    InsertNumber(EKind::Cell, name, CColumn(oid, index, extraIndex).Key(), value, type, 0);
 }
 
 void CMibTree::MibInsertConstTableOid(char const * oid, char const * name, char const * value, std::uint32_t type,
@@ -221,7 +218,7 @@ void CMibTree::MibInsertConstTableOid(char const * oid, char const * name, char 
                                       std::uint32_t index4, std::uint32_t index5)
 {
     CColumn column(*this, oid, {index1, index2, index3, index4, index5});
-    InsertText(EKind::Cell, name, column.Oid(), value, type, 0);
+    InsertText(EKind::Cell, name, column.Key(), value, type, 0);
 }
 
 void CMibTree::MibInsertConstTableOid(char const * oid, char const * name, std::uint32_t value, std::uint32_t type,
@@ -229,7 +226,7 @@ void CMibTree::MibInsertConstTableOid(char const * oid, char const * name, std::
                                       std::uint32_t index4, std::uint32_t index5)
 {
     CColumn column(*this, oid, {index1, index2, index3, index4, index5});
-    InsertNumber(EKind::Cell, name, column.Oid(), value, type, 0);
+    InsertNumber(EKind::Cell, name, column.Key(), value, type, 0);
 }
 
 void CMibTree::MibInsertConstTableOid(char const * oid, char const * name, std::uint8_t const * bytes,
@@ -239,8 +236,8 @@ void CMibTree::MibInsertConstTableOid(char const * oid, char const * name, std::
 {
     CColumn column(*this, oid, {index1, index2, index3, index4, index5});
     CVarBind binding;
-    if (column.Oid().idLength != 0) SetVarBindOctets(binding.Get(), bytes, count, type);
-    InsertConstant(EKind::Cell, name, column.Oid(), binding->value, 0);
+    if (column.Key().length != 0) SetVarBindOctets(binding.Get(), bytes, count, type);
+    InsertConstant(EKind::Cell, name, column.Key(), binding->value, 0);
 }
 
 // Variables
@@ -251,7 +248,7 @@ void CMibTree::MibInsertVarOid(char const * oid, char const * name, std::uint32_
 {
     CColumn column(oid);
     RFC1157VarBind binding{};
-    binding.name = column.Oid();
+    binding.name = column.Key().Oid();
     binding.value.asnType = static_cast<std::uint8_t>(type);
     if (CDebug::Enabled()) {
         std::string text;
@@ -264,7 +261,7 @@ void CMibTree::MibInsertVarOidEx(char const * oid, char const * name, std::uint3
                                  MibCallback getSetChecksetFuncEx, void * context)
 {
     CColumn column(oid);
-    const AsnObjectIdentifier key = column.Oid();
+    const AsnObjectIdentifier key = column.Key().Oid();
     if (CDebug::Enabled()) {
         std::string text;
         CDebug::Trace(1, "\n## Var MIB entry    : %-30s - Oid=%s", Printable(name), OidToStr(text, &key));
@@ -290,13 +287,13 @@ void CMibTree::MibInsertVarStringIndexOid(char const * oid, char const * name, s
                                           MibCallback checkGetFunc, std::uint32_t access, char const * index)
 {
     CColumn column(oid, index, kNoOidIndex);
-    const AsnObjectIdentifier key = column.Oid();
+    const AsnObjectIdentifier key = column.Key().Oid();
     if (CDebug::Enabled()) {
         std::string text;
         CDebug::Trace(1, "\n## Var table entry:   %-30s - Oid=%s", Printable(name), OidToStr(text, &key));
     }
     const CLock lock(m_treeLock);
-    MibEntry & entry = StoreVariable(key, name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
+    MibEntry & entry = StoreVariable(column.Key(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
     m_objects.BorrowContext(entry, nullptr);
 }
 
@@ -315,9 +312,9 @@ void CMibTree::MibInsertVarTableOid(char const * oid, char const * name, std::ui
                                     std::uint32_t index3, std::uint32_t index4, std::uint32_t index5)
 {
     CColumn column(*this, oid, {index1, index2, index3, index4, index5});
-    TraceCell(name, column.Oid(), access);
+    TraceCell(name, column.Key().Oid(), access);
     const CLock lock(m_treeLock);
-    MibEntry & entry = StoreVariable(column.Oid(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
+    MibEntry & entry = StoreVariable(column.Key(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
     m_objects.BorrowContext(entry, context);
 }
 
@@ -328,13 +325,13 @@ void CMibTree::MibInsertOidWithStringContext(char const * oid, char const * name
                                              std::uint32_t index4, std::uint32_t index5)
 {
     CColumn column(*this, oid, {index1, index2, index3, index4, index5});
-    TraceCell(name, column.Oid(), access);
+    TraceCell(name, column.Key().Oid(), access);
     if (CDebug::Enabled()) {
         CDebug::Trace(4, "\nCSnmpMibTree        : MibInsertOidWithStringContext: Context string: \"%s\"",
                       Printable(context));
     }
     const CLock lock(m_treeLock);
-    MibEntry & entry = StoreVariable(column.Oid(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
+    MibEntry & entry = StoreVariable(column.Key(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
     if (context != nullptr) {
         m_objects.OwnContext(entry, context, std::strlen(context) + 1);
     } else {
@@ -355,7 +352,7 @@ void CMibTree::MibInsertVarTableOidEx(char const * oid, char const * name, std::
                                       std::uint32_t index5)
 {
     CColumn column(*this, oid, {index1, index2, index3, index4, index5});
-    const AsnObjectIdentifier key = column.Oid();
+    const AsnObjectIdentifier key = column.Key().Oid();
     TraceCell(name, key, 0);
     MibInsertEntryEx(&key, name, getSetChecksetFuncEx, type, context, 0);
 }
@@ -372,10 +369,10 @@ void CMibTree::MibInsertEntry(RFC1157VarBind const * varbind, char const * name,
         !callbacks.AnySet() && context == nullptr && !IsReadWrite(access) && CMibStore::IsCompact(varbind->value);
     const CLock lock(m_treeLock);
     if (compact) {
-        StoreConstant(name, varbind->name, varbind->value, access);
+        StoreConstant(name, SOidView(varbind->name), varbind->value, access);
         return;
     }
-    MibEntry & entry = StoreVariable(varbind->name, name, callbacks, access);
+    MibEntry & entry = StoreVariable(SOidView(varbind->name), name, callbacks, access);
     m_objects.BorrowContext(entry, context);
     entry.SetBinding(*varbind);
 }
@@ -395,12 +392,11 @@ void CMibTree::MibInsertEntryEx(AsnObjectIdentifier const * oid, char const * na
 }
 
 /// Under the lock. The context is left to the caller.
-MibEntry & CMibTree::StoreVariable(AsnObjectIdentifier const & oid, char const * name, SCallbacks const & callbacks,
-                                   std::uint32_t access)
+MibEntry & CMibTree::StoreVariable(SOidView key, char const * name, SCallbacks const & callbacks, std::uint32_t access)
 {
-    MibEntry & entry = m_objects.PutObject(SOidView(oid));
+    MibEntry & entry = m_objects.PutObject(key);
     if (name != nullptr) entry.name = name;
-    entry.SetOid(oid);
+    entry.SetOid(key.Oid());
     entry.access = access & 0xFFu;
     callbacks.StoreIn(entry);
     return entry;

@@ -177,15 +177,13 @@ private:
     struct SIndexes;
     enum class EKind : std::uint8_t;
 
-    void InsertConstant(EKind kind, char const * name, AsnObjectIdentifier const & oid, AsnAny const & value,
-                        std::uint32_t access);
-    void InsertText(EKind kind, char const * name, AsnObjectIdentifier const & oid, char const * value,
-                    std::uint32_t type, std::uint32_t access);
-    void InsertNumber(EKind kind, char const * name, AsnObjectIdentifier const & oid, std::uint32_t value,
-                      std::uint32_t type, std::uint32_t access);
-    void StoreConstant(char const * name, AsnObjectIdentifier const & oid, AsnAny const & value, std::uint32_t access);
-    MibEntry & StoreVariable(AsnObjectIdentifier const & oid, char const * name, SCallbacks const & callbacks,
-                             std::uint32_t access);
+    void InsertConstant(EKind kind, char const * name, SOidView key, AsnAny const & value, std::uint32_t access);
+    void InsertText(EKind kind, char const * name, SOidView key, char const * value, std::uint32_t type,
+                    std::uint32_t access);
+    void InsertNumber(EKind kind, char const * name, SOidView key, std::uint32_t value, std::uint32_t type,
+                      std::uint32_t access);
+    void StoreConstant(char const * name, SOidView key, AsnAny const & value, std::uint32_t access);
+    MibEntry & StoreVariable(SOidView key, char const * name, SCallbacks const & callbacks, std::uint32_t access);
     std::uint32_t CallBack(MibCallback const & callback, MibEntry & entry, RFC1157VarBind & binding, MibMode mode);
     std::uint32_t EvaluateGet(MibEntry const & stored, RFC1157VarBind & binding);
     std::uint32_t CheckSet(MibEntry & entry, RFC1157VarBind & binding);

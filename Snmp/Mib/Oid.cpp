@@ -1,5 +1,6 @@
 #include "Snmp/Mib/Oid.h"
 
+#include <array>
 #include <charconv>
 #include <cstring>
 
@@ -74,11 +75,7 @@ void OverwriteOidIndexes(AsnObjectIdentifier * oid, std::uint32_t index1, std::u
                          std::uint32_t index4, std::uint32_t index5) noexcept
 {
     if (oid == nullptr || oid->ids == nullptr) return;
-    std::uint32_t left = oid->idLength;
-    for (const std::uint32_t index : {index5, index4, index3, index2, index1}) {
-        if (index == kNoOidIndex || left == 0) continue;
-        oid->ids[--left] = index;
-    }
+    OverwriteTailArcs(oid->ids, oid->idLength, std::array{index5, index4, index3, index2, index1});
 }
 
 void AppendOidIndexes(AsnObjectIdentifier * oid, std::uint32_t index1, std::uint32_t index2, std::uint32_t index3,

@@ -126,6 +126,11 @@ void COidBuffer::Append(std::uint32_t arc)
     m_arcs[m_length++] = arc;
 }
 
+void COidBuffer::OverwriteTail(std::array<std::uint32_t, 5> const & indexes) noexcept
+{
+    OverwriteTailArcs(m_arcs, m_length, indexes);
+}
+
 void COidBuffer::AppendString(char const * text)
 {
     if (text == nullptr) return;

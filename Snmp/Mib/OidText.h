@@ -1,10 +1,22 @@
 #ifndef SNMP_MIB_OID_TEXT_H
 #define SNMP_MIB_OID_TEXT_H
 
+#include <array>
 #include <cstdint>
 #include <memory>
 
+#include "Snmp/Mib/Oid.h"
 #include "Snmp/Mib/OidView.h"
+
+/// Writes indexes over the tail of some arcs, from the right to the left. An absent one (kNoOidIndex) takes no place.
+template <class TIndexes>
+void OverwriteTailArcs(std::uint32_t * arcs, std::uint32_t length, TIndexes const & indexes) noexcept
+{
+    for (const std::uint32_t index : indexes) {
+        if (index == kNoOidIndex || length == 0) continue;
+        arcs[--length] = index;
+    }
+}
 
 /// The reader of OID texts behind StrToOid, in its two steps.
 namespace OidText {
@@ -35,9 +47,10 @@ public:
     void AppendString(char const * text);
 
     std::uint32_t Length() const noexcept { return m_length; }
+    /// The arcs, valid until the buffer changes.
     SOidView View() const noexcept { return {m_arcs, m_length}; }
-    /// The buffer as a structure of the platform, valid until it grows. Its arcs may be changed in place.
-    AsnObjectIdentifier Oid() noexcept { return {m_length, m_arcs}; }
+    /// As OverwriteOidIndexes; the indexes from the right to the left.
+    void OverwriteTail(std::array<std::uint32_t, 5> const & indexes) noexcept;
 
 private:
     bool ParsePlain(char const * text) noexcept;

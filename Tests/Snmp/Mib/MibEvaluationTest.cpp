@@ -442,6 +442,20 @@ TEST_F(MibEvaluationTest, ACallbackMayReplaceItsOwnObjectAndItsContext)
     EXPECT_EQ(0u, CheckStatus());
 }
 
+TEST_F(MibEvaluationTest, ACallbackMayInsertTheEntryItWasGiven)
+{
+    for (const std::uint32_t access : {0u, 2u}) {
+        Insert({false, false, false, false, true});
+        m_agent.On("Ex", [this, access](MibEntry * entry, RFC1157VarBind *) {
+            m_agent.MibInsertEntry(&entry->varbind, entry->name.c_str(), access, {}, {}, {}, {}, entry->context);
+            return 0u;
+        });
+        EXPECT_EQ(0u, CheckStatus());
+        EXPECT_EQ("kxrVar", Get(m_agent, kOid).name);
+        EXPECT_EQ(1u, m_agent.MibSize());
+    }
+}
+
 TEST_F(MibEvaluationTest, ACallbackMayClearTheTreeAndFillItAgain)
 {
     Insert({false, true, false, false, true});
