@@ -22,7 +22,6 @@ ErrorCode WatchStopRequests(CWakeUp const & wakeUp) noexcept
     g_wakeUp.store(&wakeUp, std::memory_order_relaxed);
     struct sigaction action {};
     action.sa_handler = OnStopSignal;
-    action.sa_flags = SA_RESTART;
     ::sigemptyset(&action.sa_mask);
     for (const int signal : {SIGTERM, SIGINT})
         if (::sigaction(signal, &action, nullptr) != 0) return static_cast<ErrorCode>(errno);

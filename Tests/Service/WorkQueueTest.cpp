@@ -33,6 +33,7 @@ private:
 
 class WorkQueueTest : public testing::Test {
 protected:
+    SFate m_first, m_second, m_third; // outlive the queue, which may still hold their jobs
     CWorkQueue m_queue{nullptr};
 
     bool Push(SFate & fate, std::uint64_t arrivedMs, bool isRequest = true)
@@ -45,7 +46,7 @@ protected:
 
 TEST_F(WorkQueueTest, OneJobRunsAndTheOthersWaitInTheirOrder)
 {
-    SFate first, second;
+    SFate &first = m_first, &second = m_second;
     EXPECT_FALSE(m_queue.IsReady());
     Push(first, 1);
     Push(second, 2);
@@ -60,7 +61,7 @@ TEST_F(WorkQueueTest, OneJobRunsAndTheOthersWaitInTheirOrder)
 
 TEST_F(WorkQueueTest, AJobThatRunsAgainGoesBeforeTheOthers)
 {
-    SFate first, second;
+    SFate &first = m_first, &second = m_second;
     Push(first, 1);
     Push(second, 2);
     CJob & job = m_queue.Begin(10);
@@ -70,7 +71,7 @@ TEST_F(WorkQueueTest, AJobThatRunsAgainGoesBeforeTheOthers)
 
 TEST_F(WorkQueueTest, RequestsAreBoundedAndOtherJobsAreNot)
 {
-    SFate fate, trap;
+    SFate &fate = m_first, &trap = m_second;
     for (std::size_t i = 0; i < Service::kMaxWaiting; ++i)
         ASSERT_TRUE(Push(fate, 1));
     EXPECT_FALSE(Push(fate, 1));
@@ -79,7 +80,7 @@ TEST_F(WorkQueueTest, RequestsAreBoundedAndOtherJobsAreNot)
 
 TEST_F(WorkQueueTest, OldRequestsAreRefusedAlsoTheRunningOneAndOnlyOnce)
 {
-    SFate running, waiting, young;
+    SFate &running = m_first, &waiting = m_second, &young = m_third;
     Push(running, 1);
     Push(waiting, 2);
     Push(young, 50);
@@ -99,7 +100,7 @@ TEST_F(WorkQueueTest, OldRequestsAreRefusedAlsoTheRunningOneAndOnlyOnce)
 
 TEST_F(WorkQueueTest, ForgottenRequestsAreNotAnswered)
 {
-    SFate running, waiting, trap;
+    SFate &running = m_first, &waiting = m_second, &trap = m_third;
     Push(running, 1);
     Push(waiting, 2);
     Push(trap, 3, /*isRequest=*/false);
