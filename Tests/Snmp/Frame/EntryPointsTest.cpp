@@ -271,6 +271,8 @@ TEST_F(EntryPointsTest, AnAgentWhoseKilledThreadMayGoOnStaysInMemory)
     EXPECT_EQ(Platform::TerminatedThreadsGoOn() ? m_agent : nullptr, g_abandonedAgent);
     shared.gate.Open();
     EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return shared.left.load(); }));
+    static auto & kept = *new std::vector<CSnmpAgent *>; // those of repeated runs too
+    kept.push_back(m_agent);
     // The agent stays reachable, but leak detectors don't see what the packed list points to.
     SnmpUtilVarBindListFree(&m_agent->m_regions);
 

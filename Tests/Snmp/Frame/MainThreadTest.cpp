@@ -209,10 +209,17 @@ TEST_F(MainThreadTest, AThreadThatIgnoresTheShutdownIsKilledAndStoppingStillComp
 {
     g_frameIntervals.stopMs = 50;
     // The thread goes on where force can't stop it, so what it uses stays.
-    static CAgentUnderTest & agent = *new CAgentUnderTest;
-    static CGate gate;
-    static std::atomic<bool> left{false};
-    agent.atInitializeMib = [] {
+    struct SKept {
+        CAgentUnderTest agent;
+        CGate gate;
+        std::atomic<bool> left{false};
+    };
+    static auto & kept = *new std::vector<SKept *>;
+    kept.push_back(new SKept);
+    CAgentUnderTest & agent = kept.back()->agent;
+    CGate & gate = kept.back()->gate;
+    std::atomic<bool> & left = kept.back()->left;
+    agent.atInitializeMib = [&gate, &left] {
         gate.Pass();
         left = true;
     };
@@ -232,7 +239,7 @@ TEST_F(MainThreadTest, AThreadThatIgnoresTheShutdownIsKilledAndStoppingStillComp
     // Where the thread goes on, it touches nothing of the agent any more.
     g_agentShutdown = 0;
     gate.Open();
-    EXPECT_TRUE(HoldsWithin(kDeadline, [] { return left.load(); }));
+    EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return left.load(); }));
     EXPECT_EQ(0u, CountTraced("...agent's InitializeMib() completed"));
     EXPECT_EQ(0, agent.m_requestsEnabled);
 }
