@@ -1,6 +1,8 @@
 #include "VLK/Functions.h"
 
+#include "HeapReport.h"
 #include "Platform/Clock.h"
+#include "Platform/Console.h"
 #include "Platform/Error.h"
 #include "Platform/File.h"
 #include "Platform/Host.h"
@@ -8,10 +10,14 @@
 #include "SystemModules.h"
 #include "VLK/Exceptions.h"
 #include "VLK/ThrowState.h"
+#include "VLK/Trace.h"
 
 namespace VLK::Functions {
 
 namespace {
+
+/// Where damage of the heap is reported: not 0 to the trace, 0 to the debugger, which then stops the process.
+constexpr unsigned int g_uHeapReport = 0xFFFFFFFF;
 
 std::uint64_t PresentTicks(Internals::STickStart const & clock) noexcept
 {
@@ -85,7 +91,24 @@ unsigned int GetDnsName(Strings::CStringVar & host, Strings::CStringVar & domain
     VLK_THROW_NEXT(state)
 }
 
+void HeapCheck() noexcept
+{
+    Internals::ReportHeap(Platform::CheckHeap(), g_uHeapReport);
+}
+
 } // namespace VLK::Functions
+
+void VLK::Internals::ReportHeap(Platform::HeapState heap, unsigned int toTrace) noexcept
+{
+    if (heap == Platform::HeapState::Good) return;
+    bool const atStart = heap == Platform::HeapState::BadBegin;
+    if (toTrace != 0) {
+        VLK_TRACE(TraceErrors, "%s", atStart ? "HeapCheck: bad start of heap" : "HeapCheck: bad node in heap");
+        return;
+    }
+    Platform::WriteDebugger(atStart ? "ERROR - bad start of heap\n" : "ERROR - bad node in heap\n");
+    Platform::BreakIntoDebugger();
+}
 
 namespace VLK::Misc {
 
