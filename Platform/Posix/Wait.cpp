@@ -5,6 +5,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "Mutex.h"
 #include "ThreadRecord.h"
@@ -17,28 +18,21 @@ namespace {
 constexpr long NsPerMs = 1000000;
 constexpr long NsPerSecond = 1000000000;
 
-/// The end of a wait on the monotonic clock. Asks the clock only where there is an end to come.
+/// The end of a wait on the monotonic clock. The time runs from the first question for what is left of it, so that a
+/// wait that finds its object at once doesn't ask the clock.
 class CDeadline {
 public:
-    explicit CDeadline(std::uint32_t timeoutMs) noexcept : m_timeoutMs(timeoutMs)
-    {
-        if (m_timeoutMs == 0 || m_timeoutMs == Infinite) return;
-        ::clock_gettime(CLOCK_MONOTONIC, &m_end);
-        m_end.tv_sec += static_cast<time_t>(m_timeoutMs / 1000);
-        m_end.tv_nsec += static_cast<long>(m_timeoutMs % 1000) * NsPerMs;
-        if (m_end.tv_nsec >= NsPerSecond) {
-            m_end.tv_nsec -= NsPerSecond;
-            ++m_end.tv_sec;
-        }
-    }
+    explicit CDeadline(std::uint32_t timeoutMs) noexcept : m_timeoutMs(timeoutMs) {}
+
     /// The time left, null for ever. `room` is the caller's place for it.
-    timespec const * Left(timespec & room) const noexcept
+    timespec const * Left(timespec & room) noexcept
     {
         if (m_timeoutMs == Infinite) return nullptr;
         room = {};
         if (m_timeoutMs == 0) return &room;
         timespec now{};
         ::clock_gettime(CLOCK_MONOTONIC, &now);
+        if (!std::exchange(m_running, true)) m_end = Sum(now, m_timeoutMs);
         room.tv_sec = m_end.tv_sec - now.tv_sec;
         room.tv_nsec = m_end.tv_nsec - now.tv_nsec;
         if (room.tv_nsec < 0) {
@@ -48,10 +42,29 @@ public:
         if (room.tv_sec < 0) room = {};
         return &room;
     }
+    /// The same in milliseconds, rounded up.
+    std::uint32_t LeftMs() noexcept
+    {
+        timespec room;
+        if (Left(room) == nullptr) return Infinite;
+        return static_cast<std::uint32_t>(room.tv_sec * 1000 + (room.tv_nsec + NsPerMs - 1) / NsPerMs);
+    }
     bool IsNow() const noexcept { return m_timeoutMs == 0; }
 
 private:
+    static timespec Sum(timespec time, std::uint32_t ms) noexcept
+    {
+        time.tv_sec += static_cast<time_t>(ms / 1000);
+        time.tv_nsec += static_cast<long>(ms % 1000) * NsPerMs;
+        if (time.tv_nsec >= NsPerSecond) {
+            time.tv_nsec -= NsPerSecond;
+            ++time.tv_sec;
+        }
+        return time;
+    }
+
     std::uint32_t m_timeoutMs;
+    bool m_running = false;
     timespec m_end{};
 };
 
@@ -79,7 +92,7 @@ public:
     }
 
     /// Blocks until a descriptor is ready or the time is over. Result as poll's; -1 with errno.
-    int Poll(CDeadline const & deadline) noexcept
+    int Poll(CDeadline & deadline) noexcept
     {
         if (m_self == nullptr) return PollUntil(deadline);
         m_self->blocked.store(true, std::memory_order_relaxed);
@@ -115,7 +128,7 @@ public:
 
 private:
     nfds_t Size() const noexcept { return m_count + (m_self != nullptr ? 1u : 0u); }
-    int PollUntil(CDeadline const & deadline) noexcept
+    int PollUntil(CDeadline & deadline) noexcept
     {
         for (;;) {
             timespec room;
@@ -148,14 +161,24 @@ SWaitOutcome Outcome(Taken taken, unsigned index, ErrorCode error) noexcept
     }
 }
 
+/// A poll that may block enters the queue of every descriptor, one that only looks enters none: where something is
+/// ready it costs half. Where nothing is, the look is lost, which shows with many objects; and a single object has
+/// been looked at before.
+bool IsWorthALook(unsigned count) noexcept
+{
+    return count >= 2 && count <= 16;
+}
+
 SWaitOutcome WaitForAny(WaitHandle const * handles, unsigned count, std::uint32_t timeoutMs, bool wakeable) noexcept
 {
     CPollSet set(handles, count, wakeable);
-    const CDeadline deadline(timeoutMs);
+    CDeadline deadline(timeoutMs);
     const bool ownsOne = set.OwnsOne();
+    bool looks = IsWorthALook(count);
     for (;;) {
-        const bool mustLook = ownsOne || deadline.IsNow() || set.IsWakePending();
-        const int ready = mustLook ? set.Look() : set.Poll(deadline);
+        looks = looks || ownsOne || deadline.IsNow() || set.IsWakePending();
+        const bool looked = std::exchange(looks, false);
+        const int ready = looked ? set.Look() : set.Poll(deadline);
         if (ready < 0) return Failure(LastErrno());
         ParkIfAbandoned();
         for (unsigned i = 0; (ready > 0 || ownsOne) && i < count; ++i) {
@@ -165,9 +188,8 @@ SWaitOutcome WaitForAny(WaitHandle const * handles, unsigned count, std::uint32_
             const Taken taken = handles[i]->Take(error);
             if (taken != Taken::No) return Outcome(taken, i, error);
         }
-        if (set.TakeWake()) return {WaitResult::Woken, 0, Success};
-        if (ready == 0) return {WaitResult::Timeout, 0, Success};
-        if (deadline.IsNow()) return {WaitResult::Timeout, 0, Success};
+        if (set.TakeWake()) return {WaitResult::Woken, 0, Success, deadline.LeftMs()};
+        if (deadline.IsNow() || (ready == 0 && !looked)) return {WaitResult::Timeout, 0, Success};
     }
 }
 
@@ -203,7 +225,7 @@ SWaitOutcome WaitForAll(WaitHandle const * handles, unsigned count, std::uint32_
 {
     if (HasDuplicates(handles, count)) return Failure(EINVAL);
     CPollSet set(handles, count, wakeable);
-    const CDeadline deadline(timeoutMs);
+    CDeadline deadline(timeoutMs);
     for (;;) {
         if (set.Look() < 0) return Failure(LastErrno());
         ParkIfAbandoned();
@@ -219,7 +241,7 @@ SWaitOutcome WaitForAll(WaitHandle const * handles, unsigned count, std::uint32_
             const Taken taken = TakeAll(handles, count, error);
             if (taken != Taken::No) return Outcome(taken, 0, error);
         }
-        if (set.TakeWake()) return {WaitResult::Woken, 0, Success};
+        if (set.TakeWake()) return {WaitResult::Woken, 0, Success, deadline.LeftMs()};
         if (deadline.IsNow()) return {WaitResult::Timeout, 0, Success};
         // Only for those that were missing; the others are looked at again once these are there.
         if (!complete) {

@@ -348,6 +348,76 @@ TEST_F(CurrentThreadTest, AWakeUpThatRaisesNothingDoesNotShortenSleep)
     });
 }
 
+TEST_F(InterruptTest, AWakeUpThatRaisesNothingDoesNotShortenAWait)
+{
+    CWaitInterrupt interrupt;
+    interrupt.Init();
+    CEvent never;
+    never.Init(false, false);
+    RunToItsEnd([&] {
+        CCurrentThread current;
+        current.SetWaitInterrupt(interrupt);
+        CWaiter waiter;
+        waiter << never << never;
+        for (const bool single : {true, false}) {
+            interrupt.Set(); // wakes, but is taken back before the wait
+            current.ClearInterrupt(InterruptUser);
+            interrupt.Reset();
+            const CWaitInterval interval(20);
+            EXPECT_EQ(URET_Timeout, single ? never.Wait(20) : waiter.Wait(20, false));
+            EXPECT_EQ(0u, static_cast<unsigned int>(interval));
+        }
+    });
+}
+
+TEST_F(InterruptTest, ManyWakeUpsThatRaiseNothingDoNotKeepAWaitFromEnding)
+{
+    CEvent never;
+    never.Init(false, false);
+    std::atomic<bool> stop{false};
+    CThread thread;
+    unsigned int result = 0;
+    std::atomic<Platform::WakerHandle> waker{nullptr};
+    StartThread(thread, [&] {
+        waker = Platform::CurrentThreadWaker();
+        result = never.Wait(50);
+    });
+    std::thread waking([&] {
+        while (!stop) {
+            if (Platform::WakerHandle const handle = waker) Platform::WakeThread(handle);
+        }
+    });
+    EXPECT_EQ(URET_OK, thread.Wait(kDeadlineMs));
+    stop = true;
+    waking.join();
+    Platform::CloseWaker(waker);
+    EXPECT_EQ(URET_Timeout, result);
+}
+
+TEST_F(InterruptTest, AWakeUpThatRaisesNothingDoesNotEndAnEndlessWait)
+{
+    CWaitInterrupt interrupt;
+    interrupt.Init();
+    CEvent entered, event;
+    entered.Init(false, false);
+    event.Init(false, false);
+    CThread thread;
+    unsigned int result = 0;
+    StartThread(thread, [&] {
+        CCurrentThread current;
+        current.SetWaitInterrupt(interrupt);
+        interrupt.Set();
+        current.ClearInterrupt(InterruptUser);
+        entered.Set();
+        result = event.Wait(Platform::Infinite);
+    });
+    ASSERT_EQ(URET_OK, entered.Wait(kDeadlineMs));
+    EXPECT_EQ(URET_Timeout, thread.Wait(20));
+    event.Set();
+    EXPECT_EQ(URET_OK, thread.Wait(kDeadlineMs));
+    EXPECT_EQ(URET_OK, result);
+}
+
 TEST_F(InterruptTest, CancelBreaksAWaitUnderWay)
 {
     CEvent never, entered;

@@ -62,42 +62,20 @@ CThreadCB_::~CThreadCB_()
 
 namespace {
 
-bool IsBounded(unsigned int timeout) noexcept
-{
-    return timeout != Platform::Infinite;
-}
-
-/// What is left of a wait that a wake-up has ended early.
-class CTimeLeft {
-public:
-    explicit CTimeLeft(unsigned int timeout) noexcept
-        : m_uTimeout(timeout), m_uStart(IsBounded(timeout) && timeout != 0 ? Platform::MonotonicMs() : 0)
-    {
-    }
-    /// Milliseconds; 0: it is over.
-    unsigned int Get() const noexcept
-    {
-        if (!IsBounded(m_uTimeout) || m_uTimeout == 0) return m_uTimeout;
-        const std::uint64_t elapsed = Platform::MonotonicMs() - m_uStart;
-        return elapsed >= m_uTimeout ? 0 : m_uTimeout - static_cast<unsigned int>(elapsed);
-    }
-
-private:
-    unsigned int m_uTimeout;
-    std::uint64_t m_uStart;
-};
-
 /// Repeats the wait after each wake-up that turns out to be no interrupt. `check` raises the interrupts.
 template <class TWait, class TCheck>
 Platform::SWaitOutcome WaitThroughWakeUps(unsigned int timeout, TWait const & wait, TCheck const & check)
 {
-    const CTimeLeft timeLeft(timeout);
+    std::uint64_t end = 0; // known from the first wake-up on: a wait without one doesn't ask the clock
     for (unsigned int left = timeout;;) {
         const Platform::SWaitOutcome outcome = wait(left);
         if (outcome.result != Platform::WaitResult::Woken) return outcome;
         check();
-        left = timeLeft.Get();
-        if (left == 0) return {Platform::WaitResult::Timeout, 0, Platform::Success};
+        if (timeout == Platform::Infinite) continue;
+        const std::uint64_t now = Platform::MonotonicMs();
+        if (end == 0) end = now + outcome.leftMs;
+        if (now >= end) return {Platform::WaitResult::Timeout, 0, Platform::Success};
+        left = static_cast<unsigned int>(end - now);
     }
 }
 

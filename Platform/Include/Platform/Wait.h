@@ -54,6 +54,7 @@ struct SWaitOutcome {
     WaitResult result;
     unsigned index;
     ErrorCode error;
+    std::uint32_t leftMs = 0; ///< when Woken: what was left of the time, rounded up; Infinite for ever
 };
 
 /// Waits for one object. timeoutMs: milliseconds, Infinite for ever, 0 only looks. wakeable: end with Woken
