@@ -10,10 +10,10 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <net-snmp/agent/mib_modules.h>
+#include <net-snmp/agent/net-snmp-agent-includes.h>
 #include <net-snmp/net-snmp-config.h>
 #include <net-snmp/net-snmp-includes.h>
-#include <net-snmp/agent/net-snmp-agent-includes.h>
-#include <net-snmp/agent/mib_modules.h>
 
 static const oid table_oid[] = {1, 3, 6, 1, 4, 1, 88417, 2, 49, 2};
 static volatile sig_atomic_t running = 1;
@@ -30,21 +30,21 @@ static void stop(int signal)
     running = 0;
 }
 
-static unsigned setting(const char *name, unsigned otherwise)
+static unsigned setting(const char * name, unsigned otherwise)
 {
-    const char *value = getenv(name);
+    const char * value = getenv(name);
     return value != NULL ? (unsigned)strtoul(value, NULL, 10) : otherwise;
 }
 
-static int handle_table(netsnmp_mib_handler *handler, netsnmp_handler_registration *registration,
-                        netsnmp_agent_request_info *info, netsnmp_request_info *requests)
+static int handle_table(netsnmp_mib_handler * handler, netsnmp_handler_registration * registration,
+                        netsnmp_agent_request_info * info, netsnmp_request_info * requests)
 {
     (void)handler;
     (void)registration;
     if (info->mode != MODE_GET) return SNMP_ERR_NOERROR;
-    for (netsnmp_request_info *request = requests; request != NULL; request = request->next) {
-        struct row *row = (struct row *)netsnmp_tdata_extract_entry(request);
-        netsnmp_table_request_info *table = netsnmp_extract_table_info(request);
+    for (netsnmp_request_info * request = requests; request != NULL; request = request->next) {
+        struct row * row = (struct row *)netsnmp_tdata_extract_entry(request);
+        netsnmp_table_request_info * table = netsnmp_extract_table_info(request);
         if (row == NULL || table == NULL) {
             netsnmp_set_request_error(info, request, SNMP_NOSUCHINSTANCE);
             continue;
@@ -58,16 +58,16 @@ static int handle_table(netsnmp_mib_handler *handler, netsnmp_handler_registrati
     return SNMP_ERR_NOERROR;
 }
 
-static void fill(netsnmp_tdata *table, unsigned rows, unsigned columns)
+static void fill(netsnmp_tdata * table, unsigned rows, unsigned columns)
 {
     for (unsigned r = 1; r <= rows; ++r) {
-        struct row *data = calloc(1, sizeof *data);
+        struct row * data = calloc(1, sizeof *data);
         data->number = (long)r;
         for (unsigned c = 1; c <= columns && c < 64; ++c) {
             data->values[c] = (long)(c * 1000 + r);
             snprintf(data->texts[c], sizeof data->texts[c], "cell %02u/%04u", c, r);
         }
-        netsnmp_tdata_row *row = netsnmp_tdata_create_row();
+        netsnmp_tdata_row * row = netsnmp_tdata_create_row();
         row->data = data;
         netsnmp_tdata_row_add_index(row, ASN_INTEGER, &data->number, sizeof data->number);
         netsnmp_tdata_add_row(table, row);
@@ -76,10 +76,10 @@ static void fill(netsnmp_tdata *table, unsigned rows, unsigned columns)
 
 static void serve_table(unsigned rows, unsigned columns)
 {
-    netsnmp_handler_registration *registration = netsnmp_create_handler_registration(
-        "table", handle_table, table_oid, OID_LENGTH(table_oid), HANDLER_CAN_RONLY);
-    netsnmp_table_registration_info *info = SNMP_MALLOC_TYPEDEF(netsnmp_table_registration_info);
-    netsnmp_tdata *table = netsnmp_tdata_create_table("table", 0);
+    netsnmp_handler_registration * registration =
+        netsnmp_create_handler_registration("table", handle_table, table_oid, OID_LENGTH(table_oid), HANDLER_CAN_RONLY);
+    netsnmp_table_registration_info * info = SNMP_MALLOC_TYPEDEF(netsnmp_table_registration_info);
+    netsnmp_tdata * table = netsnmp_tdata_create_table("table", 0);
     netsnmp_table_helper_add_indexes(info, ASN_INTEGER, 0);
     info->min_column = 1;
     info->max_column = columns;
@@ -87,7 +87,7 @@ static void serve_table(unsigned rows, unsigned columns)
     netsnmp_tdata_register(registration, table, info);
 }
 
-int main(int argc, char **argv)
+int main(int argc, char ** argv)
 {
     const int subagent = argc == 3 && strcmp(argv[1], "--agentx") == 0;
     if (argc != 3) {

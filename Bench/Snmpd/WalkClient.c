@@ -20,7 +20,7 @@ static double now(void)
 }
 
 struct walk {
-    void *session;
+    void * session;
     long repetitions;
     oid root[MAX_OID_LEN];
     size_t root_length;
@@ -29,11 +29,10 @@ struct walk {
     long variables;
 };
 
-static int take(struct walk *walk, netsnmp_variable_list *variable)
+static int take(struct walk * walk, netsnmp_variable_list * variable)
 {
     if (variable->name_length < walk->root_length ||
-        memcmp(variable->name, walk->root, walk->root_length * sizeof(oid)) != 0 ||
-        variable->type == SNMP_ENDOFMIBVIEW)
+        memcmp(variable->name, walk->root, walk->root_length * sizeof(oid)) != 0 || variable->type == SNMP_ENDOFMIBVIEW)
         return 0;
     memcpy(walk->at, variable->name, variable->name_length * sizeof(oid));
     walk->at_length = variable->name_length;
@@ -42,25 +41,25 @@ static int take(struct walk *walk, netsnmp_variable_list *variable)
 }
 
 /* One request. 1: go on, 0: the walk has reached its end, -1: no answer. */
-static int step(struct walk *walk)
+static int step(struct walk * walk)
 {
-    netsnmp_pdu *pdu = snmp_pdu_create(walk->repetitions != 0 ? SNMP_MSG_GETBULK : SNMP_MSG_GETNEXT);
+    netsnmp_pdu * pdu = snmp_pdu_create(walk->repetitions != 0 ? SNMP_MSG_GETBULK : SNMP_MSG_GETNEXT);
     if (walk->repetitions != 0) {
         pdu->non_repeaters = 0;
         pdu->max_repetitions = walk->repetitions;
     }
     snmp_add_null_var(pdu, walk->at, walk->at_length);
-    netsnmp_pdu *answer = NULL;
+    netsnmp_pdu * answer = NULL;
     if (snmp_sess_synch_response(walk->session, pdu, &answer) != STAT_SUCCESS || answer == NULL) return -1;
     int more = answer->errstat == SNMP_ERR_NOERROR;
-    for (netsnmp_variable_list *variable = answer->variables; more && variable != NULL;
+    for (netsnmp_variable_list * variable = answer->variables; more && variable != NULL;
          variable = variable->next_variable)
         more = take(walk, variable);
     snmp_free_pdu(answer);
     return more;
 }
 
-static int walk_once(struct walk *walk)
+static int walk_once(struct walk * walk)
 {
     int more = 1;
     memcpy(walk->at, walk->root, sizeof walk->root);
@@ -71,7 +70,7 @@ static int walk_once(struct walk *walk)
     return more;
 }
 
-int main(int argc, char **argv)
+int main(int argc, char ** argv)
 {
     if (argc != 6) {
         fprintf(stderr, "usage: walk_client ADDRESS COMMUNITY OID REPETITIONS SECONDS\n");

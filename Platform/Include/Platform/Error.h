@@ -12,7 +12,7 @@ using ErrorCode = std::uint32_t;
 inline constexpr ErrorCode Success = 0;
 
 /// Conditions that code above the seam has to tell apart; each has the system's own number.
-ErrorCode ErrorNotFound() noexcept;           ///< no such file, key or value
+ErrorCode ErrorNotFound() noexcept; ///< no such file, key or value
 ErrorCode ErrorAccessDenied() noexcept;
 ErrorCode ErrorAlreadyExists() noexcept;
 ErrorCode ErrorInsufficientBuffer() noexcept; ///< the call said how much room it needs

@@ -64,14 +64,14 @@ extern "C" {
 #pragma pack(push, 4)
 
 typedef struct AsnOctetString {
-    uint8_t *stream;
+    uint8_t * stream;
     uint32_t length;
     int32_t dynamic; /* non-zero: stream was allocated and is freed with the value */
 } AsnOctetString;
 
 typedef struct AsnObjectIdentifier {
     uint32_t idLength; /* number of arcs */
-    uint32_t *ids;
+    uint32_t * ids;
 } AsnObjectIdentifier;
 
 typedef struct AsnCounter64 {
@@ -84,14 +84,14 @@ typedef struct AsnAny {
         int32_t number;      /* ASN_INTEGER */
         uint32_t unsigned32; /* ASN_UINTEGER32 */
         AsnCounter64 counter64;
-        AsnOctetString string;    /* ASN_OCTETSTRING */
-        AsnOctetString bits;      /* ASN_BITS */
+        AsnOctetString string;      /* ASN_OCTETSTRING */
+        AsnOctetString bits;        /* ASN_BITS */
         AsnObjectIdentifier object; /* ASN_OBJECTIDENTIFIER */
-        AsnOctetString address;   /* ASN_IPADDRESS */
-        uint32_t counter;         /* ASN_COUNTER32 */
-        uint32_t gauge;           /* ASN_GAUGE32 */
-        uint32_t ticks;           /* ASN_TIMETICKS */
-        AsnOctetString arbitrary; /* ASN_OPAQUE */
+        AsnOctetString address;     /* ASN_IPADDRESS */
+        uint32_t counter;           /* ASN_COUNTER32 */
+        uint32_t gauge;             /* ASN_GAUGE32 */
+        uint32_t ticks;             /* ASN_TIMETICKS */
+        AsnOctetString arbitrary;   /* ASN_OPAQUE */
     } asnValue;
 } AsnAny;
 
@@ -101,33 +101,33 @@ typedef struct RFC1157VarBind {
 } RFC1157VarBind;
 
 typedef struct RFC1157VarBindList {
-    RFC1157VarBind *list;
+    RFC1157VarBind * list;
     uint32_t len;
 } RFC1157VarBindList;
 
 #pragma pack(pop)
 
 /* A handle of the system. The trap event on POSIX: a file descriptor, carried in the pointer. */
-typedef void *SnmpHandle;
+typedef void * SnmpHandle;
 
 /* Starts the agent. uptimeReference: clock of the agent's tick count in hundredths of a second at which the
  * service counts as started. *trapEvent: signalled when traps wait; on POSIX a descriptor that is readable
  * while signalled and whose eight bytes, once read, take the signal. *firstRegion: root of the agent's first
  * MIB region, the caller's afterwards. Returns 1, or 0 when the agent could not start. */
-typedef int32_t (*SnmpExtensionInitFn)(uint32_t uptimeReference, SnmpHandle *trapEvent,
-                                       AsnObjectIdentifier *firstRegion);
+typedef int32_t (*SnmpExtensionInitFn)(uint32_t uptimeReference, SnmpHandle * trapEvent,
+                                       AsnObjectIdentifier * firstRegion);
 /* Hands out the next region of an agent that serves more than one. Returns 1 with a region, else 0. */
-typedef int32_t (*SnmpExtensionInitExFn)(AsnObjectIdentifier *nextRegion);
+typedef int32_t (*SnmpExtensionInitExFn)(AsnObjectIdentifier * nextRegion);
 /* Answers one request in place. Returns 0 when the extension failed as a whole. */
-typedef int32_t (*SnmpExtensionQueryFn)(uint8_t pduType, RFC1157VarBindList *bindings, uint32_t *errorStatus,
-                                        uint32_t *errorIndex);
+typedef int32_t (*SnmpExtensionQueryFn)(uint8_t pduType, RFC1157VarBindList * bindings, uint32_t * errorStatus,
+                                        uint32_t * errorIndex);
 /* Hands out the oldest waiting trap. Returns 1 with a trap, else 0. All memory is the caller's afterwards. */
-typedef int32_t (*SnmpExtensionTrapFn)(AsnObjectIdentifier *enterprise, int32_t *genericTrap,
-                                       int32_t *specificTrap, uint32_t *timeStamp, RFC1157VarBindList *bindings);
+typedef int32_t (*SnmpExtensionTrapFn)(AsnObjectIdentifier * enterprise, int32_t * genericTrap, int32_t * specificTrap,
+                                       uint32_t * timeStamp, RFC1157VarBindList * bindings);
 /* Stops the agent. */
 typedef void (*SnmpExtensionCloseFn)(void);
 /* Called by the host once after loading (reason 1) and once before unloading (reason 0). */
-typedef int32_t (*DllMainFn)(void *module, uint32_t reason, void *reserved);
+typedef int32_t (*DllMainFn)(void * module, uint32_t reason, void * reserved);
 
 #ifdef __cplusplus
 }

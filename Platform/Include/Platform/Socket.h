@@ -41,7 +41,8 @@ enum class SocketFamily : std::uint8_t { IPv4, IPv6, Other };
 SocketFamily FamilyOf(sockaddr const & address) noexcept;
 /// Port and address, both in network byte order as they stand in the system's structure; family IPv4 takes 4
 /// bytes, IPv6 16.
-void FillAddress(sockaddr_storage & out, SocketFamily family, std::uint16_t portHostOrder, void const * address) noexcept;
+void FillAddress(sockaddr_storage & out, SocketFamily family, std::uint16_t portHostOrder,
+                 void const * address) noexcept;
 void ReadAddress(sockaddr_storage const & in, std::uint16_t & portHostOrder, void * address) noexcept;
 
 /// Copies an address of the system, as far as its family goes; nothing but the family of one that is Other.
@@ -83,8 +84,8 @@ ErrorCode PeerAddress(SocketHandle socket, sockaddr_storage & out) noexcept;
 ErrorCode LocalAddress(SocketHandle socket, sockaddr_storage & out) noexcept;
 
 struct SResolveResult {
-    ErrorCode error;      ///< 0 on success; on POSIX the number of getaddrinfo
-    bool hostNotFound;    ///< the name is unknown
+    ErrorCode error;   ///< 0 on success; on POSIX the number of getaddrinfo
+    bool hostNotFound; ///< the name is unknown
 };
 /// Adds the addresses for TCP of a host name (null: the local addresses) and a decimal port. May throw
 /// std::bad_alloc.

@@ -46,8 +46,8 @@ enum class WaitResult : std::uint8_t {
     Signaled,  ///< object `index` fired and, where its kind has that effect, was taken
     Abandoned, ///< object `index` is a mutex whose owner ended while holding it; the caller owns it now
     Timeout,
-    Woken,     ///< WakeThread was called for this thread; only from a wait that asked for it
-    Failed     ///< `error` says why
+    Woken, ///< WakeThread was called for this thread; only from a wait that asked for it
+    Failed ///< `error` says why
 };
 
 struct SWaitOutcome {
