@@ -1,6 +1,7 @@
 #ifndef SNMP_MIB_MIB_NAMES_H
 #define SNMP_MIB_MIB_NAMES_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -41,7 +42,15 @@ private:
         bool operator()(std::string_view left, SMibName const & right) const noexcept { return left == right.text; }
     };
 
+    /// Where a name that lies at this address was found last. Callers come with the same few literals again and
+    /// again; what they point to is compared all the same.
+    SMibName const *& Recent(char const * address) noexcept
+    {
+        return m_recent[reinterpret_cast<std::uintptr_t>(address) / 8 % m_recent.size()];
+    }
+
     std::unordered_set<SMibName, SHash, SEqual> m_names; // its elements stay where they are
+    std::array<SMibName const *, 64> m_recent{};
 };
 
 #endif
