@@ -44,7 +44,7 @@ CKestrixRAIDAgent::CKestrixRAIDAgent()
     if (NeedsFirewallRules()) {
         if (CDebug::Enabled()) CDebug::Trace(2, "\nCKestrixRAIDAgent(): Manage Windows Service Hardening");
     }
-    MakeEvents();
+    StartAnew();
     ReadConfiguration();
 }
 
@@ -58,9 +58,13 @@ CKestrixRAIDAgent::~CKestrixRAIDAgent()
     }
 }
 
-void CKestrixRAIDAgent::MakeEvents()
+void CKestrixRAIDAgent::StartAnew()
 {
-    // Class-wide, and an object that is made after another one starts with fresh ones.
+    // Class-wide, but nothing of it outlives its object.
+    m_TrapQueue.clear();
+    m_AgentState.store(0, std::memory_order_relaxed);
+    m_AdapterNr.store(0, std::memory_order_relaxed);
+    m_LogicalDrive.store(0, std::memory_order_relaxed);
     m_ProgressRequest = VLK::Threading::CEvent();
     m_ProgressReply = VLK::Threading::CEvent();
     m_Terminate = VLK::Threading::CEvent();
@@ -73,7 +77,6 @@ void CKestrixRAIDAgent::MakeEvents()
 
 void CKestrixRAIDAgent::ReadConfiguration()
 {
-    m_TrapQueue.clear();
     m_StartTime = ManagementServicesInstalled() ? Platform::UnixTimeMs() : 0;
     m_ASRunning = g_agentIntervals.listenerSpanMs;
     m_ASIniting = g_agentIntervals.listenerInitMs;

@@ -96,7 +96,7 @@ protected:
 
 private:
     static std::uint32_t Thread_PollHandler(void * agent) noexcept;
-    static void MakeEvents();
+    static void StartAnew();
     static void ReadConfiguration();
     bool BuildAndStart();
 

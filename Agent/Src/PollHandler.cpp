@@ -240,7 +240,10 @@ unsigned int CPollHandler::AwaitWork(SConnection & connection)
     POLL_TRACE("\nvor PSock.CanRead()\n");
     unsigned int result = connection.sock.CanRead();
     POLL_TRACE("\nnach PSock.CanRead() tRet=%ld\n", static_cast<long>(result));
-    if (result != VLK::URET_OK) {
+    if (result != VLK::URET_OK && !m_socket.IsConnected()) {
+        // The handshake has read the end of the connection already, and no further event will tell of it.
+        result = VLK::URET_WaitObject0;
+    } else if (result != VLK::URET_OK) {
         result = connection.waiter.Wait(m_interval, /*all=*/false);
         POLL_TRACE("\ntRet=%ld\n", static_cast<long>(result));
     }
