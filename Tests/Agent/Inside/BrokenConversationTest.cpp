@@ -149,6 +149,20 @@ TEST_F(BrokenConversationTest, TheZeroByteOfAClosedConnectionCompletesTheLastVal
     }));
 }
 
+TEST_F(BrokenConversationTest, TheZeroByteOfAClosedConnectionCompletesTheHandshakeAsSettledAndTheAgentComesBack)
+{
+    Start();
+    CRawConnection connection = NextConnection();
+    ASSERT_TRUE(connection.Expect(Wire::kHello));
+    connection.Send(Wire::kWelcome.substr(0, 2)); // A9 01, and the zero byte that belongs there anyway
+    connection.ShutdownSend();
+    EXPECT_EQ(2, agent->AwaitTrap().specific);
+    EXPECT_EQ(3, agent->AwaitTrap().specific);
+    EXPECT_TRUE(connection.AwaitClose());
+    CRawConnection again = peer.AcceptAgent();
+    EXPECT_EQ(2, agent->AwaitTrap().specific);
+}
+
 TEST_F(BrokenConversationTest, APeerThatStopsInMidFrameHoldsOnlyTheConversationUp)
 {
     CRawConnection connection = StartConnected();
