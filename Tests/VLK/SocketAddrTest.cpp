@@ -198,11 +198,4 @@ TYPED_TEST(AddressListTest, FourLieInsideAndTheFifthMovesAllToTheHeap)
     }
 }
 
-TYPED_TEST(AddressListTest, ACountThatNoMemoryHoldsIsRefused)
-{
-    TypeParam list;
-    EXPECT_FALSE(list.Resize(std::uint64_t{1} << 59));
-    EXPECT_EQ(0u, list.Count());
-}
-
 } // namespace
