@@ -200,7 +200,9 @@ void CLoop::FinishJob(CWorkQueue & queue)
     CJob & job = *queue.Running();
     const bool again = !job.IsAnswered() && !job.Finish();
     queue.End(again);
-    if (!again) netsnmp_check_outstanding_agent_requests();
+    if (again) return;
+    netsnmp_check_outstanding_agent_requests();
+    m_pump.ServeInside();
 }
 
 void CLoop::TakeLateAnswers()

@@ -19,6 +19,7 @@
 #include <net-snmp/net-snmp-includes.h>
 #include <net-snmp/agent/net-snmp-agent-includes.h>
 #include <net-snmp/library/large_fd_set.h>
+#include <net-snmp/library/snmpCallbackDomain.h>
 #include <net-snmp/agent/agent_callbacks.h>
 #include <net-snmp/agent/mib_modules.h>
 // clang-format on
@@ -61,6 +62,8 @@ int netsnmp_handle_request(netsnmp_agent_session * session, int status);
 int netsnmp_check_delegated_chain_for(netsnmp_agent_session * session);
 int netsnmp_check_for_delegated_and_add(netsnmp_agent_session * session);
 extern netsnmp_session * main_session;
+extern netsnmp_session * callback_master_sess;
+extern netsnmp_session * agentx_callback_sess;
 int read_config_with_type_when(char const * file, char const * type, int when);
 }
 

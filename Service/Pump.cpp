@@ -2,6 +2,9 @@
 
 #include <limits>
 
+#include "Platform/Clock.h"
+#include "Platform/LoopEvents.h"
+
 namespace Service {
 
 CPump::CPump()
@@ -9,6 +12,7 @@ CPump::CPump()
     netsnmp_large_fd_set_init(&m_read, FD_SETSIZE);
     netsnmp_large_fd_set_init(&m_write, FD_SETSIZE);
     netsnmp_large_fd_set_init(&m_except, FD_SETSIZE);
+    netsnmp_large_fd_set_init(&m_inside, FD_SETSIZE);
 }
 
 CPump::~CPump()
@@ -16,6 +20,7 @@ CPump::~CPump()
     netsnmp_large_fd_set_cleanup(&m_read);
     netsnmp_large_fd_set_cleanup(&m_write);
     netsnmp_large_fd_set_cleanup(&m_except);
+    netsnmp_large_fd_set_cleanup(&m_inside);
 }
 
 bool CPump::Wait(int maxMs)
@@ -51,9 +56,40 @@ void CPump::Turn(int maxMs)
         snmp_read2(&m_read);
     else
         snmp_timeout();
+    ServeInside();
     snmp_store_if_needed();
-    run_alarms();
+    RunAlarms();
     netsnmp_check_outstanding_agent_requests();
+}
+
+void CPump::RunAlarms()
+{
+    // Looking costs a good part of a short turn, and no alarm is due more finely than this.
+    const std::uint64_t nowMs = Platform::MonotonicMs();
+    if (nowMs == m_alarmsRunMs) return;
+    m_alarmsRunMs = nowMs;
+    run_alarms();
+}
+
+void CPump::ServeInside()
+{
+    // Only a subagent has both.
+    if (agentx_callback_sess == nullptr || callback_master_sess == nullptr) return;
+    netsnmp_session * const sessions[] = {callback_master_sess, agentx_callback_sess};
+    void * handles[2];
+    int sockets[2];
+    for (int i = 0; i < 2; ++i) {
+        handles[i] = snmp_sess_pointer(sessions[i]);
+        if (handles[i] == nullptr) return;
+        sockets[i] = snmp_sess_transport(handles[i])->sock;
+    }
+    const unsigned readable = Platform::ReadableNow(sockets[0], sockets[1]);
+    for (unsigned i = 0; i < 2; ++i) {
+        if ((readable >> i & 1U) == 0) continue;
+        NETSNMP_LARGE_FD_ZERO(&m_inside);
+        NETSNMP_LARGE_FD_SET(sockets[i], &m_inside);
+        snmp_sess_read2(handles[i], &m_inside);
+    }
 }
 
 bool CPump::WasReadable(int descriptor) const

@@ -10,6 +10,7 @@
 #include "Loop.h"
 #include "Platform/Clock.h"
 #include "Platform/Environment.h"
+#include "Platform/Memory.h"
 #include "Platform/Module.h"
 #include "Platform/Signals.h"
 #include "Platform/Supervisor.h"
@@ -160,6 +161,7 @@ private:
 int Main(int argc, char ** argv)
 {
     CLog::Init();
+    Platform::TuneMemoryForShortRequests();
     std::string program;
     Platform::ProgramPath(program);
     const SCommand command = ReadCommandLine(argc, argv, DefaultLibrary(program));

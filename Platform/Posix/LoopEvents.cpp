@@ -1,6 +1,7 @@
 #include "Platform/LoopEvents.h"
 
 #include <cerrno>
+#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
@@ -61,6 +62,13 @@ void CAlarmClock::Wait() const noexcept
 void TakeEventSignal(int descriptor) noexcept
 {
     ReadEightBytes(descriptor);
+}
+
+unsigned ReadableNow(int first, int second) noexcept
+{
+    pollfd both[] = {{first, POLLIN, 0}, {second, POLLIN, 0}};
+    if (::poll(both, 2, 0) <= 0) return 0;
+    return ((both[0].revents & POLLIN) != 0 ? 1U : 0U) | ((both[1].revents & POLLIN) != 0 ? 2U : 0U);
 }
 
 int EventDescriptor(void * event) noexcept

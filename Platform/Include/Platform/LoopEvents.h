@@ -48,6 +48,8 @@ private:
 /// Takes the signal of an event that came with EventForHost out of an extension: the eight bytes of its
 /// descriptor. Call it only for a descriptor that was reported readable.
 void TakeEventSignal(int descriptor) noexcept;
+/// Which of two descriptors are readable now; bit 0 for the first, bit 1 for the second. Doesn't wait.
+unsigned ReadableNow(int first, int second) noexcept;
 /// The descriptor in an extension's event handle, or -1 for none.
 int EventDescriptor(void * event) noexcept;
 
