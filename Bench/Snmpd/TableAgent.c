@@ -10,10 +10,13 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include <net-snmp/agent/mib_modules.h>
-#include <net-snmp/agent/net-snmp-agent-includes.h>
-#include <net-snmp/net-snmp-config.h>
+#include <net-snmp/net-snmp-config.h> /* before all others */
+
 #include <net-snmp/net-snmp-includes.h>
+
+#include <net-snmp/agent/net-snmp-agent-includes.h>
+
+#include <net-snmp/agent/mib_modules.h>
 
 static const oid table_oid[] = {1, 3, 6, 1, 4, 1, 88417, 2, 49, 2};
 static volatile sig_atomic_t running = 1;

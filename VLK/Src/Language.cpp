@@ -32,6 +32,18 @@ struct SFileCloser {
 };
 using CFile = std::unique_ptr<std::FILE, SFileCloser>;
 
+/// Turns one state into another at the end of a scope, unless it has become a third one.
+struct SStateEnd {
+    std::atomic<unsigned int> & state;
+    unsigned int const from;
+    unsigned int const to;
+    ~SStateEnd()
+    {
+        unsigned int expected = from;
+        state.compare_exchange_strong(expected, to, std::memory_order_release, std::memory_order_relaxed);
+    }
+};
+
 [[noreturn]] void RaiseCorrupted(Exceptions::CThrowState & state)
 {
     VLK_RAISE(state, Errors::CorruptedLanguageFile);
@@ -102,7 +114,8 @@ LNGDATA & CLanguageSupport::CLngFile::GetLngData()
 {
     Exceptions::CThrowState state;
     try {
-        if (m_uState.load(std::memory_order_acquire) == NotSearched) Search();
+        unsigned int const known = m_uState.load(std::memory_order_acquire);
+        if (known == NotSearched || known == Searching) Search();
         std::uint32_t const language = CurrentLanguage();
         // The default comes first in the table, so a file can't replace it.
         if (language == m_Default.languageId || m_uState.load(std::memory_order_acquire) != FileOpen) return m_Default;
@@ -124,11 +137,13 @@ LNGDATA * CLanguageSupport::CLngFile::Find(std::uint32_t languageId) noexcept
 void CLanguageSupport::CLngFile::Search()
 {
     Platform::CCriticalLock const lock(m_Lock);
+    // Another thread has searched meanwhile; or this one does, and asks for the text of an error of its search.
     if (m_uState.load(std::memory_order_relaxed) != NotSearched) return;
     TString<512> path;
     if (Misc::pVlkApp != nullptr) Misc::pVlkApp->GetNlsSearchPath(path);
     if (path.size() == 0) return;
-    m_uState.store(NotFound, std::memory_order_release);
+    m_uState.store(Searching, std::memory_order_release);
+    SStateEnd const searchEnd{m_uState, Searching, NotFound};
     TString<256> base;
     base = m_FileName;
     path += CSubStringRef::PATH_SEPARATOR;

@@ -36,6 +36,9 @@ void CThread::CheckNotRunning(CThrowState & state)
     if (m_pBlock->CWaitCB::Wait(0) == URET_Timeout) VLK_RAISE(state, Errors::ThreadRunning);
 }
 
+// Here, so that the library holds the class's tables for everyone.
+CThread::~CThread() = default;
+
 unsigned int CThread::Create(Delegates_and_Calls::CDelegate function, bool suspended)
 {
     CThrowState state;

@@ -64,7 +64,7 @@ public:
     std::size_t GetStringCount() const noexcept { return m_nStrings; }
 
 private:
-    enum EState : unsigned int { FileOpen = 0, NotSearched = 1, NotFound = 2 };
+    enum EState : unsigned int { FileOpen = 0, NotSearched = 1, NotFound = 2, Searching = 3 };
 
     void Search();
     bool Open(Strings::CSubStringRef const & path);

@@ -33,6 +33,11 @@ inline constexpr unsigned int InterruptAll = 3;
 /// object, one thread; Cancel() reaches the started thread from any.
 class VLK_API CThread : public TWaitable<Internals::CThreadCB> {
 public:
+    CThread() noexcept = default;
+    CThread(CThread const &) noexcept = default;
+    CThread & operator=(CThread const &) noexcept = default;
+    ~CThread() override;
+
     /// Starts a thread that runs a copy of the delegate, with both interrupts enabled. suspended: it begins with
     /// Resume(); one that is never resumed ends with its last reference. Raises ThreadRunning while the former
     /// thread of this object runs, ThreadStart with the system's error, OutOfMemory; the object is empty then.
