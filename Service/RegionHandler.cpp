@@ -12,7 +12,7 @@ template <class TJob>
 void Submit(SRegion & region, TJob job)
 {
     job->Delegate();
-    region.loop.Submit(region.library, JobPtr(job.release()));
+    region.loop.Submit(region.extension, JobPtr(job.release()));
 }
 
 int Walk(SRegion & region, netsnmp_agent_request_info & info, netsnmp_request_info * requests)
@@ -89,7 +89,7 @@ bool RegisterRegion(SRegion & region, std::string & error)
         "kxra-extension", HandleRegion, wide.data(), wide.size(), HANDLER_CAN_RWRITE | HANDLER_CAN_GETBULK);
     if (registration != nullptr) registration->my_reg_void = &region;
     if (registration != nullptr && netsnmp_register_handler(registration) == MIB_REGISTERED_OK) return true;
-    error = "register region " + Text(root) + " of " + region.library.File() + ": it is taken already";
+    error = "register region " + Text(root) + " of " + region.extension.File() + ": it is taken already";
     return false;
 }
 

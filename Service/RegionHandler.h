@@ -14,7 +14,7 @@ namespace Service {
 /// A region of an extension, and where requests for it go.
 struct SRegion {
     CLoop & loop;
-    CExtensionLibrary & library;
+    CExtensionLibrary & extension;
     CArcs root;
     CWalkJobPool walks{};
 };
