@@ -21,6 +21,7 @@ TEST_F(LifecycleTest, TheStartIsTracedAndLeavesTheAgentsOwnGroupAlone)
 
 TEST_F(LifecycleTest, TheStopIsTracedAndEndsThePollThreadInOrder)
 {
+    g_agentIntervals.firstWaitMs = 30000; // the thread waits for its first attempt when it is stopped
     Start();
     agent->CloseMib();
     EXPECT_TRUE(HasEnded());
