@@ -57,8 +57,9 @@ private:
 class CBindings {
 public:
     struct SBinding {
-        SNetworkEvent * event = nullptr;
-        bool fresh = false; ///< made here, and neither connecting nor listening yet
+        // Atomic, since the system gives the number of a closed descriptor to any thread.
+        std::atomic<SNetworkEvent *> event{nullptr};
+        std::atomic<bool> fresh{false}; ///< made here, and neither connecting nor listening yet
     };
     ~CBindings()
     {
@@ -95,7 +96,7 @@ private:
 SNetworkEvent * EventOf(int socket) noexcept
 {
     CBindings::SBinding const * const binding = g_bindings.At(socket, /*make=*/false);
-    return binding != nullptr ? binding->event : nullptr;
+    return binding != nullptr ? binding->event.load() : nullptr;
 }
 
 SNetworkEvent * NetworkEventOf(WaitHandle handle) noexcept
@@ -229,8 +230,10 @@ void SNetworkEvent::ReportTransfer(std::uint32_t seen, SNetworkEvents & out) noe
 void ForgetSocket(int descriptor) noexcept
 {
     if (SNetworkEvent * const event = EventOf(descriptor); event != nullptr) event->Unbind();
-    if (CBindings::SBinding * const binding = g_bindings.At(descriptor, /*make=*/false); binding != nullptr)
-        *binding = {};
+    if (CBindings::SBinding * const binding = g_bindings.At(descriptor, /*make=*/false); binding != nullptr) {
+        binding->event = nullptr;
+        binding->fresh = false;
+    }
 }
 
 void MarkFresh(int descriptor) noexcept
@@ -248,8 +251,8 @@ ErrorCode Begin(int descriptor, void (SNetworkEvent::*note)() noexcept) noexcept
     if (binding == nullptr) return Success;
     binding->fresh = false;
     if (binding->event == nullptr) return Success;
-    (binding->event->*note)();
-    return binding->event->Arm();
+    (binding->event.load()->*note)();
+    return binding->event.load()->Arm();
 }
 
 } // namespace
@@ -310,7 +313,7 @@ ErrorCode SelectNetworkEvents(SocketHandle socket, WaitHandle event, std::uint32
     if (const ErrorCode error = MakeNonBlocking(descriptor); error != Success) return error;
     CBindings::SBinding * const binding = g_bindings.At(descriptor, /*make=*/true);
     if (binding == nullptr) return ENOMEM;
-    if (binding->event != nullptr) binding->event->Unbind();
+    if (binding->event != nullptr) binding->event.load()->Unbind();
     object->Unbind();
     object->Bind(descriptor, mask);
     binding->event = object;

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "Platform/CriticalSection.h"
 #include "Platform/SnmpUtil.h"
 #include "Snmp/Frame/Globals.h"
 #include "Snmp/Mib/Oid.h"
@@ -93,6 +94,7 @@ std::vector<SShownObject> CAgentUnderTest::Walk(std::string const & root)
 
 std::optional<SShownObject> CAgentUnderTest::Get(std::string const & oid)
 {
+    Platform::CCriticalLock const request(m_requestLock); // as every request holds it
     CVarBind binding;
     SetOid(binding, oid);
     std::uint32_t status = 0;
@@ -103,6 +105,7 @@ std::optional<SShownObject> CAgentUnderTest::Get(std::string const & oid)
 
 std::uint32_t CAgentUnderTest::GetStatus(std::string const & oid)
 {
+    Platform::CCriticalLock const request(m_requestLock); // as every request holds it
     CVarBind binding;
     SetOid(binding, oid);
     std::uint32_t status = 0;
