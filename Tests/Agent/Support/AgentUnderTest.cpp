@@ -115,6 +115,7 @@ std::uint32_t CAgentUnderTest::GetStatus(std::string const & oid)
 
 std::uint32_t CAgentUnderTest::CheckSet(std::string const & oid)
 {
+    Platform::CCriticalLock const request(m_requestLock);
     CVarBind binding;
     SetOid(binding, oid);
     SetVarBindNumber(binding.Get(), 5, ASN_INTEGER);
@@ -125,6 +126,7 @@ std::uint32_t CAgentUnderTest::CheckSet(std::string const & oid)
 
 std::uint32_t CAgentUnderTest::Set(std::string const & oid)
 {
+    Platform::CCriticalLock const request(m_requestLock);
     CVarBind binding;
     SetOid(binding, oid);
     SetVarBindNumber(binding.Get(), 5, ASN_INTEGER);
