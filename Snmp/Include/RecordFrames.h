@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "Snmp/Include/Fields.h"
@@ -82,7 +83,8 @@ void ReadTable(std::vector<TEntry> & table, CVlkSocket & sock, ERecord kind,
                std::source_location const & where = std::source_location::current())
 {
     Traced(kind, EOperation::Read, where, [&] {
-        // The scratch keeps the raw numbers; appending copies it, and the copy is what normalises.
+        // The scratch keeps the raw numbers; appending normalises them, and takes the texts, which the next reading
+        // replaces anyway.
         TEntry scratch;
         table.clear();
         int count = 0;
@@ -91,7 +93,7 @@ void ReadTable(std::vector<TEntry> & table, CVlkSocket & sock, ERecord kind,
         table.reserve(std::min(static_cast<std::size_t>(count), kRoomAhead / sizeof(TEntry)));
         for (int i = 0; i < count; ++i) {
             scratch.ReadData(sock);
-            table.push_back(scratch);
+            table.push_back(std::move(scratch));
         }
     });
 }
