@@ -355,16 +355,19 @@ TEST_F(PollHandlerTest, TheTerminateEventBetweenTwoAttemptsEndsTheThreadAtOnce)
 TEST_F(PollHandlerTest, AShutdownIsSeenWhenAnEventMaskOfZeroComes)
 {
     CRawConnection connection = StartConnected();
-    SignalShutdown();
     connection.Send(Wire::kEventsPending);
     ASSERT_TRUE(connection.Expect(Wire::kGetEvents));
+    // The handshake's own data may have woken the thread once for nothing; from here on it waits for the mask.
+    std::string const nullEvent = "              ... URET_WaitObject0: null event (0) abgehandelt!";
+    std::size_t const nullEvents = TimesTraced(nullEvent);
+    SignalShutdown();
     connection.Send(Wire::Events(0));
     ASSERT_TRUE(connection.Expect(Wire::kClose));
     connection.Close();
     ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return HasEnded(); }));
     EXPECT_EQ(std::vector<int>{3}, agent->TrapNumbers());
     EXPECT_TRUE(Traced("\nDer Service will terminieren"));
-    EXPECT_FALSE(Traced("              ... URET_WaitObject0: null event (0) abgehandelt!"));
+    EXPECT_EQ(nullEvents, TimesTraced(nullEvent));
 }
 
 TEST_F(PollHandlerTest, AShutdownIsSeenAheadOfEachRequest)
