@@ -42,6 +42,12 @@ constexpr std::array<SConversion, 128> MakeConversions() noexcept
 
 constexpr std::array<SConversion, 128> Conversions = MakeConversions();
 
+/// The end of the format, or the sign of a placeholder.
+bool EndsPlainText(char c) noexcept
+{
+    return static_cast<unsigned char>(c) <= '%' && (c == '%' || c == '\0');
+}
+
 enum : unsigned int { BetweenPlaceholders = 0, BehindWidth = 4 };
 
 bool IsDigit(char c) noexcept
@@ -92,7 +98,7 @@ bool CFormatStream::FindPlaceholder()
         char const * const plain = m_pCursor;
         char const * percent = plain;
         bool hasNewline = false;
-        for (; *percent != '\0' && *percent != '%'; ++percent)
+        for (; !EndsPlainText(*percent); ++percent)
             hasNewline |= *percent == '\n';
         unsigned int const splitLines = hasNewline ? 1 : 0;
         if (*percent == '\0') {

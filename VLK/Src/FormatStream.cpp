@@ -172,6 +172,18 @@ unsigned int CFormatStream::FormatedWrite(char const * text, std::size_t n, unsi
 {
     if ((n == 0 && m_uAlignment == AlignNone) || text == nullptr) return 1;
     CBuffer & buffer = *m_pBuffer;
+    bool const isOneLine = splitLines == 0 || std::memchr(text, '\n', n) == nullptr;
+    if (isOneLine && m_uAlignment == AlignNone && buffer.m_uColumn >= m_uMargin) {
+        buffer.Write(text, n, m_uUpper);
+        buffer.m_uColumn += n;
+        return 1;
+    }
+    return WriteLines(text, n, splitLines);
+}
+
+unsigned int CFormatStream::WriteLines(char const * text, std::size_t n, unsigned int splitLines)
+{
+    CBuffer & buffer = *m_pBuffer;
     do {
         void const * const newline = splitLines != 0 && n != 0 ? std::memchr(text, '\n', n) : nullptr;
         std::size_t const line =

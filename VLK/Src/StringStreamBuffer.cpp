@@ -1,5 +1,6 @@
 #include "StringStreamBuffer.h"
 
+#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -29,7 +30,44 @@ public:
 
 CDeadStreamBuffer g_DeadBuffer;
 
-constexpr std::size_t SmallText = 24;
+/// The highest bit of each byte that is 0; of the bytes behind the first of them nothing is said.
+constexpr std::uint64_t ZeroBytes(std::uint64_t word) noexcept
+{
+    return (word - 0x0101010101010101u) & ~word & 0x8080808080808080u;
+}
+
+template <class TWord>
+bool CopyWord(char * to, char const * from) noexcept
+{
+    TWord word;
+    std::memcpy(&word, from, sizeof word);
+    std::memcpy(to, &word, sizeof word);
+    constexpr std::uint64_t Beyond =
+        sizeof word < sizeof(std::uint64_t) ? ~std::uint64_t{0} << (8 * sizeof word % 64) : 0;
+    return ZeroBytes(word | Beyond) == 0;
+}
+
+/// Copies n bytes; false if a NUL is among them. Words that overlap at the end spare the odd bytes.
+bool CopyPlain(char * to, char const * from, std::size_t n) noexcept
+{
+    bool plain = true;
+    if (n >= sizeof(std::uint64_t)) {
+        for (std::size_t i = 0; i + sizeof(std::uint64_t) < n; i += sizeof(std::uint64_t))
+            plain &= CopyWord<std::uint64_t>(to + i, from + i);
+        return CopyWord<std::uint64_t>(to + n - sizeof(std::uint64_t), from + n - sizeof(std::uint64_t)) && plain;
+    }
+    if (n >= sizeof(std::uint32_t)) {
+        plain = CopyWord<std::uint32_t>(to, from);
+        return CopyWord<std::uint32_t>(to + n - sizeof(std::uint32_t), from + n - sizeof(std::uint32_t)) && plain;
+    }
+    for (std::size_t i = 0; i != n; ++i) {
+        to[i] = from[i];
+        plain &= from[i] != '\0';
+    }
+    return plain;
+}
+
+constexpr std::size_t SmallText = 64;
 
 } // namespace
 
@@ -112,12 +150,9 @@ void CStringStreamBuffer::AppendText(CStringVar & target, char const * text, std
 {
     if (n == 0) return;
     if (n <= SmallText && target.HasRoom(n)) {
-        // Most pieces are a few characters: sooner copied than measured. As everywhere, a NUL ends the text.
+        // Most pieces are short: sooner copied than measured. As everywhere, a NUL ends the text.
         char * const end = target.Data() + target.size();
-        std::size_t i = 0;
-        for (; i != n && text[i] != '\0'; ++i)
-            end[i] = text[i];
-        target.SetLength(target.size() + i);
+        target.SetLength(target.size() + (CopyPlain(end, text, n) ? n : ::strnlen(text, n)));
     } else {
         target.AllocCopy(text, n);
     }

@@ -213,6 +213,7 @@ private:
     bool ParseParameters(unsigned int value, unsigned int isInteger);
     void ParseConversion(unsigned int isInteger);
     unsigned int ParseNumber() noexcept;
+    unsigned int WriteLines(char const * text, std::size_t n, unsigned int splitLines);
     void WriteField(char const * text, std::size_t n);
     void DumpRows(unsigned char const * data, std::size_t from, std::size_t to, int digits);
     void DumpRow(unsigned char const * row, std::size_t n, std::size_t offset, int digits);
