@@ -40,6 +40,16 @@ public:
         stream << 1;
         return Answered();
     }
+    /// Asks for a record by its request's number and reads the whole answer.
+    template <class TRecord>
+    TRecord Fetch(unsigned int request)
+    {
+        EXPECT_EQ(1, Ask(request));
+        TRecord record;
+        record.ReadData(stream);
+        stream.EndRequest();
+        return record;
+    }
     int AskProgress(int controller, int drive)
     {
         stream.StartRequest(RequestProgress);
@@ -102,55 +112,16 @@ TEST_F(SessionTest, EveryDataRequestIsAnswered)
 {
     CAgentEnd agent(port);
     agent.WaitForEvents();
-
-    ASSERT_EQ(1, agent.Ask(RequestStatus));
-    SNMP::ORBA_STATUS status;
-    status.ReadData(agent.stream);
-    agent.stream.EndRequest();
-    EXPECT_EQ(2, status.Overall);
-
-    ASSERT_EQ(1, agent.Ask(RequestControllers));
-    SNMP::ORBA_ADAPTERTABLE controllers;
-    controllers.ReadData(agent.stream);
-    agent.stream.EndRequest();
+    EXPECT_EQ(2, agent.Fetch<SNMP::ORBA_STATUS>(RequestStatus).Overall);
+    auto const controllers = agent.Fetch<SNMP::ORBA_ADAPTERTABLE>(RequestControllers);
     ASSERT_EQ(2u, controllers.size());
     EXPECT_EQ("Simulated controller (1)", controllers[1].DisplayName);
-
-    ASSERT_EQ(1, agent.Ask(RequestControllerInfo));
-    SNMP::ORBA_CONTROLLERINFO controllerInfo;
-    controllerInfo.ReadData(agent.stream);
-    agent.stream.EndRequest();
-    EXPECT_EQ(2, controllerInfo.NumberRaidControllers);
-
-    ASSERT_EQ(1, agent.Ask(RequestDrives));
-    SNMP::ORBA_LOGICALDRIVETABLE drives;
-    drives.ReadData(agent.stream);
-    agent.stream.EndRequest();
-    EXPECT_EQ(2u, drives.size());
-
-    ASSERT_EQ(1, agent.Ask(RequestDriveInfo));
-    SNMP::ORBA_LOGICALDRIVEINFO driveInfo;
-    driveInfo.ReadData(agent.stream);
-    agent.stream.EndRequest();
-    EXPECT_EQ(2, driveInfo.NumberLogicalDrives);
-
-    ASSERT_EQ(1, agent.Ask(RequestDevices));
-    SNMP::ORBA_PHYSICALDEVICETABLE devices;
-    devices.ReadData(agent.stream);
-    agent.stream.EndRequest();
-    EXPECT_EQ(6u, devices.size());
-
-    ASSERT_EQ(1, agent.Ask(RequestDeviceInfo));
-    SNMP::ORBA_PHYSICALDEVICEINFO deviceInfo;
-    deviceInfo.ReadData(agent.stream);
-    agent.stream.EndRequest();
-    EXPECT_EQ(6, deviceInfo.NumberPhysicalDevices);
-
-    ASSERT_EQ(1, agent.Ask(RequestContents));
-    SNMP::ORBA_LOGICALDRIVECONTENTSTABLE contents;
-    contents.ReadData(agent.stream);
-    agent.stream.EndRequest();
-    EXPECT_EQ(4u, contents.size());
+    EXPECT_EQ(2, agent.Fetch<SNMP::ORBA_CONTROLLERINFO>(RequestControllerInfo).NumberRaidControllers);
+    EXPECT_EQ(2u, agent.Fetch<SNMP::ORBA_LOGICALDRIVETABLE>(RequestDrives).size());
+    EXPECT_EQ(2, agent.Fetch<SNMP::ORBA_LOGICALDRIVEINFO>(RequestDriveInfo).NumberLogicalDrives);
+    EXPECT_EQ(6u, agent.Fetch<SNMP::ORBA_PHYSICALDEVICETABLE>(RequestDevices).size());
+    EXPECT_EQ(6, agent.Fetch<SNMP::ORBA_PHYSICALDEVICEINFO>(RequestDeviceInfo).NumberPhysicalDevices);
+    EXPECT_EQ(4u, agent.Fetch<SNMP::ORBA_LOGICALDRIVECONTENTSTABLE>(RequestContents).size());
 }
 
 TEST_F(SessionTest, EventsArriveInOrderAndOnce)
