@@ -4,10 +4,13 @@
 
 namespace Platform {
 
-SMutex::~SMutex()
+void SMutex::Close() noexcept
 {
-    const std::lock_guard lock(OwnershipLock());
-    Unlink();
+    {
+        const std::lock_guard lock(OwnershipLock());
+        Unlink();
+    }
+    DropReference();
 }
 
 void SMutex::Link(SThreadWaker & owner) noexcept
@@ -45,20 +48,33 @@ Taken SMutex::Take(ErrorCode & error) noexcept
         error = ENOMEM;
         return Taken::Failed;
     }
-    if (OwnedBy(self)) {
-        ++m_depth;
-        return Taken::Yes;
-    }
+    if (Reenter(*self)) return Taken::Yes;
     const Taken taken = Consume(error);
-    if (taken != Taken::Yes) return taken;
-    bool abandoned = false;
+    return taken == Taken::Yes ? TakeOver(*self) : taken;
+}
+
+bool SMutex::Reenter(SThreadWaker const & owner) noexcept
+{
+    if (!OwnedBy(&owner)) return false;
+    const std::lock_guard lock(OwnershipLock());
+    if (!OwnedBy(&owner)) return false; // declared ended meanwhile
+    ++m_depth;
+    return true;
+}
+
+/// The free mark is the caller's. A thread that counts as ended gives it back: nobody would abandon it again.
+Taken SMutex::TakeOver(SThreadWaker & owner) noexcept
+{
     {
         const std::lock_guard lock(OwnershipLock());
-        Link(*self);
-        m_depth = 1;
-        abandoned = std::exchange(m_wasAbandoned, false);
+        if (!owner.abandoned.load(std::memory_order_relaxed)) {
+            Link(owner);
+            m_depth = 1;
+            return std::exchange(m_wasAbandoned, false) ? Taken::Abandoned : Taken::Yes;
+        }
     }
-    return abandoned ? Taken::Abandoned : Taken::Yes;
+    Signal();
+    return Taken::No;
 }
 
 ErrorCode SMutex::Release() noexcept

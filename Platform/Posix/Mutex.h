@@ -24,17 +24,20 @@ struct SMutex final : SWaitable {
 
     Taken Take(ErrorCode & error) noexcept override;
     void PutBack(Taken how) noexcept override;
+    /// An owner that ends at this moment has abandoned the mutex before, or meets it no more.
+    void Close() noexcept override;
 
 private:
-    ~SMutex() override;
+    bool Reenter(SThreadWaker const & owner) noexcept;
+    Taken TakeOver(SThreadWaker & owner) noexcept;
     void Link(SThreadWaker & owner) noexcept;
     void Unlink() noexcept;
 
     std::atomic<SThreadWaker *> m_owner{nullptr};
     SMutex * m_previous = nullptr; // in the owner's list; guarded by OwnershipLock
     SMutex * m_next = nullptr;
-    std::uint32_t m_depth = 0;   // the owner's; above 0 only while owned
-    bool m_wasAbandoned = false; // the owner's, handed on with the free mark
+    std::uint32_t m_depth = 0;   // above 0 only while owned; guarded by OwnershipLock
+    bool m_wasAbandoned = false; // handed on with the free mark; guarded by OwnershipLock
     int m_fileLock = -1;
 };
 

@@ -258,6 +258,21 @@ TEST(WaitTimeoutTest, TheDeadlineIsNeverEarly)
     EXPECT_GE(std::chrono::steady_clock::now(), end);
 }
 
+TEST(WaitTimeoutTest, TheLongestFiniteWaitIsNoShortOne)
+{
+    const CWaitableHandle event = Event(false, false);
+    const CWaitableHandle never = Event(false, false);
+    const CWaitableHandle ready = Event(true, true);
+    const auto setMeanwhile = [&](auto const & wait) {
+        std::thread setter([&] { SetEvent(event.Get()); });
+        EXPECT_EQ(WaitResult::Signaled, wait().result);
+        setter.join();
+    };
+    setMeanwhile([&] { return WaitForOne(event.Get(), Infinite - 1, /*wakeable=*/true); });
+    setMeanwhile([&] { return (CObjects() << event << never).First(Infinite - 1); });
+    setMeanwhile([&] { return (CObjects() << event << ready).All(Infinite - 1); });
+}
+
 TEST(WaitTimeoutTest, LostRacesDoNotProlongTheWait)
 {
     // Another thread consumes each signal; the wait has to end at its deadline all the same.
@@ -454,6 +469,25 @@ TEST(MutexTest, ClosingAnOwnedMutexIsSafeForItsOwner)
     });
 }
 
+TEST(MutexTest, MayBeClosedWhileItsOwnerEnds)
+{
+    for (int round = 0; round < 50; ++round) {
+        std::vector<CWaitableHandle> mutexes;
+        for (int i = 0; i < 200; ++i)
+            mutexes.push_back(Mutex(false));
+        const CWaitableHandle owned = Event(false, false);
+        std::thread owner([&] {
+            for (CWaitableHandle const & mutex : mutexes)
+                EXPECT_EQ(WaitResult::Signaled, Look(mutex));
+            SetEvent(owned.Get());
+        });
+        EXPECT_EQ(WaitResult::Signaled, Await(owned));
+        for (CWaitableHandle & mutex : mutexes)
+            mutex.Reset();
+        owner.join();
+    }
+}
+
 TEST(MutexTest, AWaitForManyKnowsTheMutexOfTheCaller)
 {
     const CWaitableHandle event = Event(false, false);
@@ -629,6 +663,27 @@ TEST(WakeTest, EveryFormOfWaitIsWoken)
     EXPECT_EQ(WaitResult::Woken, WakeableSleep(0).result);
     EXPECT_EQ(WaitResult::Timeout, WakeableSleep(0).result);
     EXPECT_EQ(WaitResult::Timeout, WakeableSleep(5).result);
+}
+
+TEST(WakeTest, AWokenWaitTellsWhatWasLeftOfItsTime)
+{
+    const CWaitableHandle event = Event(false, false);
+    const CWakerHandle waker(CurrentThreadWaker());
+    constexpr std::uint32_t longest = Infinite - 1;
+    constexpr auto deadlineMs = static_cast<std::uint32_t>(kDeadlineMs);
+    for (const std::uint32_t timeout : {std::uint32_t{0}, deadlineMs, longest - 1, longest}) {
+        WakeThread(waker.Get());
+        const SWaitOutcome one = WaitForOne(event.Get(), timeout, true);
+        WakeThread(waker.Get());
+        const SWaitOutcome all = (CObjects() << event).Wait(true, timeout, true);
+        for (SWaitOutcome const & outcome : {one, all}) {
+            EXPECT_EQ(WaitResult::Woken, outcome.result);
+            EXPECT_LE(outcome.leftMs, timeout);
+            EXPECT_LE(timeout - outcome.leftMs, deadlineMs);
+        }
+    }
+    WakeThread(waker.Get());
+    EXPECT_EQ(Infinite, WaitForOne(event.Get(), Infinite, true).leftMs);
 }
 
 TEST(WakeTest, ASignalledObjectWinsAndTheWakeUpStaysPending)
