@@ -11,6 +11,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <string_view>
 
 #include "Descriptor.h"
 #include "Mutex.h"
@@ -29,8 +30,8 @@ constexpr int OpenFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
 /// processes by a lock on a file, which the system gives up for a process that ended.
 struct SShared {
     std::string path;
-    CWaitableHandle inner;
     CDescriptor file;
+    CWaitableHandle inner;    // behind the file, which it unlocks for an owner that ends
     unsigned handles = 0;     // guarded by g_lock
     SShared * next = nullptr; // guarded by g_lock
 };
@@ -53,8 +54,9 @@ std::string PathFor(char const * name)
     const std::string_view used(name, ::strnlen(name, MaxNameBytes));
     std::string file(used.substr(0, MaxPlainBytes));
     std::replace(file.begin(), file.end(), '/', '_');
-    if (used.size() > MaxPlainBytes) file += "-" + std::to_string(Hash(used));
-    return (::access("/dev/shm", W_OK) == 0 ? "/dev/shm/kxra-mutex." : "/tmp/kxra-mutex.") + file;
+    if (used.size() > MaxPlainBytes) file.append(1, '-').append(std::to_string(Hash(used)));
+    std::string path = ::access("/dev/shm", W_OK) == 0 ? "/dev/shm/" : "/tmp/";
+    return path.append("kxra-mutex.").append(file);
 }
 
 /// Opens the file or makes it, for every user. Creating is exclusive: in a directory that all may write, the
