@@ -23,7 +23,6 @@ using Platform::ErrorCode;
 
 constexpr char DefaultFile[] = "/etc/kestrix/registry.reg";
 constexpr std::size_t MaxFileBytes = 16U << 20;
-constexpr std::size_t MaxReportedLines = 100; ///< of one reading
 constexpr std::size_t MaxRememberedReports = 10000;
 constexpr std::int64_t SettledNs = 1'000'000'000;
 
@@ -173,7 +172,7 @@ private:
         const bool same = content.root && content.path == path && content.hash == hash &&
                           content.state.error == reading.state.error && content.state.size == reading.state.size;
         if (!same) {
-            std::vector<Platform::SRegistryFault> faults;
+            Platform::SRegistryFaults faults;
             auto root = std::make_shared<CRegistryNode>();
             Platform::ParseRegistry(reading.bytes, *root, faults);
             ReportFaults(content, reading, faults);
@@ -185,8 +184,7 @@ private:
         content.hash = hash;
     }
 
-    static void ReportFaults(SContent & content, SReading const & reading,
-                             std::vector<Platform::SRegistryFault> const & faults)
+    static void ReportFaults(SContent & content, SReading const & reading, Platform::SRegistryFaults const & faults)
     {
         if (ErrorOf(reading.state) != Platform::Success)
             ReportOnce(content, reading.path + ": can't be read: " +
@@ -194,11 +192,11 @@ private:
         if (reading.cut)
             ReportOnce(content, reading.path + ": longer than " + std::to_string(MaxFileBytes) +
                                     " bytes, the rest is passed over");
-        for (std::size_t i = 0; i < faults.size() && i < MaxReportedLines; ++i)
-            ReportOnce(content, reading.path + ":" + std::to_string(faults[i].line) + ": " + faults[i].reason +
+        for (Platform::SRegistryFault const & fault : faults.kept)
+            ReportOnce(content, reading.path + ":" + std::to_string(fault.line) + ": " + fault.reason +
                                     ", the line is passed over");
-        if (faults.size() > MaxReportedLines)
-            ReportOnce(content, reading.path + ": " + std::to_string(faults.size() - MaxReportedLines) +
+        if (faults.count > faults.kept.size())
+            ReportOnce(content, reading.path + ": " + std::to_string(faults.count - faults.kept.size()) +
                                     " more lines can't be read");
     }
 

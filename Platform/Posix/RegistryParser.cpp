@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <charconv>
 #include <optional>
-#include <stdexcept>
 
+#include "AsciiCase.h"
 #include "Platform/Text.h"
 #include "RegistryStore.h"
 
@@ -12,7 +12,9 @@
 namespace {
 
 using Platform::CRegistryNode;
+using Platform::EqualIgnoringCase;
 using Platform::SRegistryValue;
+using Platform::StartsIgnoringCase;
 
 constexpr std::string_view Header = "Windows Registry Editor Version 5.00";
 constexpr std::size_t MaxPartBytes = 255 * 3; ///< 255 characters of a key's name
@@ -21,22 +23,6 @@ constexpr std::size_t MaxDepth = 512;
 struct SFault {
     char const * reason;
 };
-
-char ToLower(char letter)
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-bool EqualIgnoringCase(std::string_view left, std::string_view right)
-{
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char l, char r) { return ToLower(l) == ToLower(r); });
-}
-
-bool StartsIgnoringCase(std::string_view text, std::string_view start)
-{
-    return text.size() >= start.size() && EqualIgnoringCase(text.substr(0, start.size()), start);
-}
 
 std::string_view Trim(std::string_view text)
 {
@@ -199,7 +185,7 @@ Hive HiveOf(std::string_view name)
 /// Reads the lines of one file, top down.
 class CParser {
 public:
-    CParser(std::string_view text, CRegistryNode & root, std::vector<Platform::SRegistryFault> & faults)
+    CParser(std::string_view text, CRegistryNode & root, Platform::SRegistryFaults & faults)
         : m_rest(text), m_root(root), m_faults(faults)
     {
     }
@@ -211,7 +197,7 @@ public:
             try {
                 ReadLine();
             } catch (SFault const & fault) {
-                m_faults.push_back({line, fault.reason});
+                m_faults.Add(line, fault.reason);
             }
         }
     }
@@ -237,7 +223,7 @@ private:
         const bool first = !m_headerSeen;
         m_headerSeen = true;
         if (first && m_current == Header) return;
-        if (first) m_faults.push_back({m_line, "the file doesn't begin with \"" + std::string(Header) + '"'});
+        if (first) m_faults.Add(m_line, "the file doesn't begin with \"" + std::string(Header) + '"');
         if (m_current.find('\0') != std::string_view::npos) throw SFault{"the line holds a NUL"};
         if (m_current.front() == '[')
             ReadKey();
@@ -296,7 +282,7 @@ private:
     {
         if (!IsContinued(data)) return data;
         joined = data;
-        while (IsContinued(joined)) {
+        do {
             joined.pop_back();
             const std::string_view next = Trim(PeekLine());
             // A line that begins something new was not meant as a continuation, and is not to be lost.
@@ -304,13 +290,14 @@ private:
             if (!goesOn) throw SFault{"the continued line is missing"};
             TakeLine();
             joined += m_current;
-        }
+        } while (IsContinued(m_current));
         return joined;
     }
 
-    static bool IsContinued(std::string_view data)
+    /// line: the data's first line, or one that continues it.
+    static bool IsContinued(std::string_view line)
     {
-        return !data.empty() && data.back() == '\\' && data.front() != '"' && data.find(';') == std::string_view::npos;
+        return !line.empty() && line.back() == '\\' && line.front() != '"' && line.find(';') == std::string_view::npos;
     }
 
     std::string_view m_rest, m_current;
@@ -319,12 +306,12 @@ private:
     CRegistryNode & m_root;
     CRegistryNode * m_key = nullptr; ///< set while m_section is Key
     Section m_section = Section::None;
-    std::vector<Platform::SRegistryFault> & m_faults;
+    Platform::SRegistryFaults & m_faults;
 };
 
 } // namespace
 
-void Platform::ParseRegistry(std::string const & bytes, CRegistryNode & root, std::vector<SRegistryFault> & faults)
+void Platform::ParseRegistry(std::string const & bytes, CRegistryNode & root, SRegistryFaults & faults)
 {
     const std::string text = DecodeFile(bytes);
     CParser(text, root, faults).Run();

@@ -50,9 +50,20 @@ struct SRegistryFault {
     std::string reason;
 };
 
-/// Reads the bytes of a registry file into `root`. Faults are added in the order of their lines; what is faulty is
-/// passed over. Any bytes are safe.
-void ParseRegistry(std::string const & bytes, CRegistryNode & root, std::vector<SRegistryFault> & faults);
+/// The lines of one file that can't be read. Only the first ones are kept: a file that is none at all has millions.
+struct SRegistryFaults {
+    static constexpr std::size_t MaxKept = 100;
+    std::vector<SRegistryFault> kept; ///< in the order of their lines
+    std::size_t count = 0;            ///< of all
+
+    void Add(std::size_t line, std::string_view reason)
+    {
+        if (count++ < MaxKept) kept.push_back({line, std::string(reason)});
+    }
+};
+
+/// Reads the bytes of a registry file into `root`. What is faulty is passed over. Any bytes are safe.
+void ParseRegistry(std::string const & bytes, CRegistryNode & root, SRegistryFaults & faults);
 
 } // namespace Platform
 

@@ -1,7 +1,7 @@
 #include "VersionBlock.h"
 
-#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <optional>
 #include <string_view>
@@ -9,6 +9,7 @@
 
 #include <elf.h>
 
+#include "AsciiCase.h"
 #include "Platform/File.h"
 #include "Platform/Module.h"
 
@@ -95,21 +96,10 @@ ErrorCode LoadBlock(std::string const & path, std::string & out)
     return Platform::Success;
 }
 
-char ToLower(char letter) noexcept
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-bool EqualIgnoringCase(std::string_view left, std::string_view right) noexcept
-{
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char l, char r) { return ToLower(l) == ToLower(r); });
-}
-
 /// Takes `start` off the text, without regard to case.
 bool TakeStart(std::string_view & text, std::string_view start) noexcept
 {
-    if (!EqualIgnoringCase(text.substr(0, start.size()), start)) return false;
+    if (!Platform::StartsIgnoringCase(text, start)) return false;
     text.remove_prefix(start.size());
     return true;
 }
@@ -152,7 +142,7 @@ std::size_t TranslationIndex(std::string_view translations, std::string_view nam
         std::memcpy(pair, translations.data() + index * 4, sizeof pair);
         char text[9];
         std::snprintf(text, sizeof text, "%04X%04X", pair[0], pair[1]);
-        if (EqualIgnoringCase(text, name)) break;
+        if (Platform::EqualIgnoringCase(text, name)) break;
     }
     return index;
 }
@@ -169,7 +159,7 @@ std::optional<std::string_view> FindText(SBlock const & block, std::size_t trans
         }
         const std::optional<std::string_view> text = TakeText(rest);
         if (!text) return std::nullopt;
-        if (index == translation && EqualIgnoringCase(*name, key)) return text;
+        if (index == translation && Platform::EqualIgnoringCase(*name, key)) return text;
     }
     return std::nullopt;
 }

@@ -360,16 +360,31 @@ TEST_F(RegistryTest, NoBytesWhateverBreakIt)
 
 TEST_F(RegistryTest, AHugeBinaryFileIsCutAndItsReportsAreLimited)
 {
+    constexpr std::string_view garbage = "\x01garbage that is no line of a registry, over and over again\n";
     std::string bytes(std::string(Header) + "[HKLM\\A]\n");
+    const std::size_t lines = ((16U << 20) - bytes.size() + garbage.size() - 1) / garbage.size(); // the last one is cut
     while (bytes.size() < (17U << 20))
-        bytes += "\x01garbage that is no line of a registry, over and over again\n";
+        bytes += garbage;
     Use(bytes + "[HKLM\\Z]\n");
     testing::internal::CaptureStderr();
     EXPECT_TRUE(Exists("A"));
     EXPECT_FALSE(Exists("Z"));
     const std::string report = testing::internal::GetCapturedStderr();
     EXPECT_NE(std::string::npos, report.find("longer than 16777216 bytes"));
-    EXPECT_LT(std::count(report.begin(), report.end(), '\n'), 110);
+    EXPECT_NE(std::string::npos, report.find(":103: neither")) << "the hundredth";
+    EXPECT_EQ(std::string::npos, report.find(":104: neither"));
+    EXPECT_NE(std::string::npos, report.find(": " + std::to_string(lines - 100) + " more lines can't be read"));
+}
+
+TEST_F(RegistryTest, AValueOfVeryManyLinesTakesTimeInProportion)
+{
+    constexpr std::size_t lines = 2'000'000;
+    std::string bytes;
+    for (std::size_t i = 0; i < lines; ++i)
+        bytes += "1,\\\n";
+    UseLines("[HKLM\\A]\n\"a\"=hex:" + bytes + "2\n\"b\"=\"behind\"\n");
+    EXPECT_EQ(lines + 1, Text("A", "a").size());
+    EXPECT_EQ("behind", Text("A", "b"));
 }
 
 TEST_F(RegistryTest, ManyThreadsReadWhileTheFileChanges)
