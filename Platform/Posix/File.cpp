@@ -7,15 +7,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Descriptor.h"
+
 namespace {
 
 constexpr mode_t Everyone = 0666; ///< less the process's mask
 constexpr mode_t OwnerOnly = 0600;
-
-Platform::ErrorCode TakeError() noexcept
-{
-    return static_cast<Platform::ErrorCode>(errno);
-}
 
 bool IsFileToUse(int descriptor) noexcept
 {
@@ -36,18 +33,12 @@ bool IsFileToUse(int descriptor) noexcept
 /// A descriptor of a file that is no directory and no pipe, or -1 with errno.
 int OpenDescriptor(char const * path, int flags, mode_t mode) noexcept
 {
-    int descriptor = -1;
+    Platform::CDescriptor descriptor;
     do {
-        descriptor = ::open(path, flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
-    } while (descriptor == -1 && errno == EINTR);
-    if (descriptor == -1) return -1;
-    if (!IsFileToUse(descriptor)) {
-        const int error = errno;
-        ::close(descriptor);
-        errno = error;
-        return -1;
-    }
-    return descriptor;
+        descriptor.Reset(::open(path, flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode));
+    } while (!descriptor && errno == EINTR);
+    descriptor.Reset(Platform::BeyondStandardStreams(descriptor.Release()));
+    return descriptor && IsFileToUse(descriptor.Get()) ? descriptor.Release() : -1;
 }
 
 int FlagsOfStreamMode(char const * mode) noexcept
@@ -79,7 +70,7 @@ Platform::ErrorCode Platform::OpenFile(FileHandle & out, std::string const & pat
         {O_RDONLY, 0}, {O_WRONLY | O_CREAT, Everyone}, {O_WRONLY | O_CREAT | O_EXCL, OwnerOnly}};
     SMode const & how = Modes[static_cast<unsigned>(mode)];
     const int descriptor = OpenDescriptor(path.c_str(), how.flags, how.permissions);
-    if (descriptor == -1) return TakeError();
+    if (descriptor == -1) return LastErrno();
     out = descriptor;
     return Success;
 }
@@ -92,19 +83,19 @@ void Platform::CloseFile(FileHandle file) noexcept
 Platform::ErrorCode Platform::FileSize(FileHandle file, std::uint64_t & out) noexcept
 {
     struct stat status;
-    if (::fstat(static_cast<int>(file), &status) != 0) return TakeError();
+    if (::fstat(static_cast<int>(file), &status) != 0) return LastErrno();
     out = static_cast<std::uint64_t>(status.st_size);
     return Success;
 }
 
 Platform::ErrorCode Platform::SeekTo(FileHandle file, std::uint64_t offset) noexcept
 {
-    return ::lseek(static_cast<int>(file), static_cast<off_t>(offset), SEEK_SET) == -1 ? TakeError() : Success;
+    return ::lseek(static_cast<int>(file), static_cast<off_t>(offset), SEEK_SET) == -1 ? LastErrno() : Success;
 }
 
 Platform::ErrorCode Platform::SeekToEnd(FileHandle file) noexcept
 {
-    return ::lseek(static_cast<int>(file), 0, SEEK_END) == -1 ? TakeError() : Success;
+    return ::lseek(static_cast<int>(file), 0, SEEK_END) == -1 ? LastErrno() : Success;
 }
 
 std::size_t Platform::ReadFile(FileHandle file, void * data, std::size_t size, ErrorCode & error) noexcept
@@ -117,7 +108,7 @@ std::size_t Platform::ReadFile(FileHandle file, void * data, std::size_t size, E
         if (moved > 0) {
             done += static_cast<std::size_t>(moved);
         } else if (errno != EINTR) {
-            error = TakeError();
+            error = LastErrno();
             break;
         }
     }
@@ -133,7 +124,7 @@ std::size_t Platform::WriteFile(FileHandle file, void const * data, std::size_t 
         if (moved >= 0) {
             done += static_cast<std::size_t>(moved);
         } else if (errno != EINTR) {
-            error = TakeError();
+            error = LastErrno();
             break;
         }
     }
@@ -142,17 +133,17 @@ std::size_t Platform::WriteFile(FileHandle file, void const * data, std::size_t 
 
 Platform::ErrorCode Platform::DeleteFile(std::string const & path) noexcept
 {
-    return ::unlink(path.c_str()) != 0 ? TakeError() : Success;
+    return ::unlink(path.c_str()) != 0 ? LastErrno() : Success;
 }
 
 Platform::ErrorCode Platform::MoveFile(std::string const & from, std::string const & to) noexcept
 {
-    return std::rename(from.c_str(), to.c_str()) != 0 ? TakeError() : Success;
+    return std::rename(from.c_str(), to.c_str()) != 0 ? LastErrno() : Success;
 }
 
 Platform::ErrorCode Platform::MakePrivate(std::string const & path) noexcept
 {
-    return ::chmod(path.c_str(), OwnerOnly) != 0 ? TakeError() : Success;
+    return ::chmod(path.c_str(), OwnerOnly) != 0 ? LastErrno() : Success;
 }
 
 std::FILE * Platform::OpenStream(std::string const & path, char const * mode) noexcept
@@ -162,14 +153,9 @@ std::FILE * Platform::OpenStream(std::string const & path, char const * mode) no
         errno = EINVAL;
         return nullptr;
     }
-    const int descriptor = OpenDescriptor(path.c_str(), flags, Everyone);
-    if (descriptor == -1) return nullptr;
-    std::FILE * const stream = ::fdopen(descriptor, mode);
-    if (stream == nullptr) {
-        const int error = errno;
-        ::close(descriptor);
-        errno = error;
-    }
+    CDescriptor descriptor(OpenDescriptor(path.c_str(), flags, Everyone));
+    std::FILE * const stream = descriptor ? ::fdopen(descriptor.Get(), mode) : nullptr;
+    if (stream != nullptr) static_cast<void>(descriptor.Release()); // the stream closes it
     return stream;
 }
 
@@ -177,7 +163,7 @@ Platform::ErrorCode Platform::CurrentDirectory(std::string & out)
 {
     std::string path(256, '\0');
     while (::getcwd(path.data(), path.size()) == nullptr) {
-        if (errno != ERANGE) return TakeError();
+        if (errno != ERANGE) return LastErrno();
         path.resize(path.size() * 2);
     }
     out.assign(path.c_str());

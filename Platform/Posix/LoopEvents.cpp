@@ -1,23 +1,23 @@
 #include "Platform/LoopEvents.h"
 
-#include <cerrno>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
+
+#include "Descriptor.h"
 
 namespace Platform {
 
 namespace {
+/// Waits when the descriptor blocks.
 void ReadEightBytes(int descriptor) noexcept
 {
-    std::uint64_t count = 0;
-    while (::read(descriptor, &count, sizeof count) < 0 && errno == EINTR) {
-    }
+    ErrorCode error = Success;
+    ConsumeDescriptor(descriptor, error);
 }
 } // namespace
 
-CWakeUp::CWakeUp() noexcept : m_descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+CWakeUp::CWakeUp() noexcept : m_descriptor(NewEventDescriptor(0, /*countDown=*/false)) {}
 
 CWakeUp::~CWakeUp()
 {
@@ -26,11 +26,8 @@ CWakeUp::~CWakeUp()
 
 void CWakeUp::Signal() const noexcept
 {
-    const int error = errno; // also runs in signal handlers
-    const std::uint64_t one = 1;
-    while (::write(m_descriptor, &one, sizeof one) < 0 && errno == EINTR) {
-    }
-    errno = error;
+    const CLastErrorKeeper keeper; // also runs in signal handlers
+    SignalDescriptor(m_descriptor);
 }
 
 void CWakeUp::Clear() const noexcept
@@ -38,7 +35,10 @@ void CWakeUp::Clear() const noexcept
     ReadEightBytes(m_descriptor);
 }
 
-CAlarmClock::CAlarmClock() noexcept : m_descriptor(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC)) {}
+CAlarmClock::CAlarmClock() noexcept
+    : m_descriptor(BeyondStandardStreams(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC)))
+{
+}
 
 CAlarmClock::~CAlarmClock()
 {

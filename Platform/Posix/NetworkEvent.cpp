@@ -189,9 +189,9 @@ ErrorCode SNetworkEvent::Report(SNetworkEvents & out) noexcept
     return Success;
 }
 
+/// A socket that still connects shows nothing, so whatever was seen tells that the connect is over.
 void SNetworkEvent::ReportConnect(std::uint32_t seen, SNetworkEvents & out) noexcept
 {
-    if ((seen & (EPOLLOUT | EPOLLERR | EPOLLHUP)) == 0) return;
     m_connecting = false;
     const ErrorCode error = TakeSocketError(m_socket);
     out.events = NetConnect;

@@ -13,6 +13,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Descriptor.h"
+
 /// An open directory of /proc: the process's own for good, so a later process with the same id is never met.
 struct Platform::SProcess {
     int directory;
@@ -28,11 +30,6 @@ struct SDirectoryCloser {
 };
 using CDirectory = std::unique_ptr<DIR, SDirectoryCloser>;
 
-Platform::ErrorCode TakeError() noexcept
-{
-    return static_cast<Platform::ErrorCode>(errno);
-}
-
 bool ParseId(char const * text, std::uint32_t & out) noexcept
 {
     char const * const end = text + std::strlen(text);
@@ -45,7 +42,7 @@ bool ParseId(char const * text, std::uint32_t & out) noexcept
 Platform::ErrorCode ReadProgram(int directory, char (&out)[PathRoom]) noexcept
 {
     const ssize_t size = ::readlinkat(directory, "exe", out, PathRoom - 1);
-    if (size < 0) return TakeError();
+    if (size < 0) return Platform::LastErrno();
     out[size] = '\0';
     return Platform::Success;
 }
@@ -69,12 +66,12 @@ std::uint32_t Platform::CurrentProcessId() noexcept
 Platform::ErrorCode Platform::EnumProcesses(std::uint32_t * ids, std::uint32_t capacity, std::uint32_t & count) noexcept
 {
     const CDirectory directory(::opendir("/proc"));
-    if (!directory) return TakeError();
+    if (!directory) return LastErrno();
     count = 0;
     while (count < capacity) {
         errno = 0;
         dirent const * const entry = ::readdir(directory.get());
-        if (entry == nullptr) return TakeError();
+        if (entry == nullptr) return LastErrno();
         std::uint32_t id = 0;
         if (ParseId(entry->d_name, id)) ids[count++] = id;
     }
@@ -86,7 +83,7 @@ Platform::ErrorCode Platform::OpenProcess(ProcessHandle & out, std::uint32_t id)
     char path[32];
     std::snprintf(path, sizeof path, "/proc/%u", id);
     const int directory = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (directory == -1) return TakeError();
+    if (directory == -1) return LastErrno();
     char program[PathRoom];
     ErrorCode error = ReadProgram(directory, program);
     auto * const process = error == Success || error == ENOENT ? new (std::nothrow) SProcess{directory} : nullptr;

@@ -121,6 +121,24 @@ TEST(FileTest, FilesAreNotInherited)
     EXPECT_NE(0, ::fcntl(static_cast<int>(file.Get()), F_GETFD) & FD_CLOEXEC);
 }
 
+TEST(FileTest, FilesNeverTakeThePlaceOfAStandardStream)
+{
+    const CTempDirectory directory;
+    // Frees the place of standard input for a moment.
+    const int kept = ::dup(STDIN_FILENO);
+    ASSERT_GE(kept, 0);
+    ::close(STDIN_FILENO);
+    const CFileHandle file = Open(directory.File("a"), FileMode::WriteOrCreate);
+    std::FILE * const stream = OpenStream(directory.File("b"), "w");
+    EXPECT_GT(file.Get(), STDERR_FILENO);
+    EXPECT_NE(0, ::fcntl(static_cast<int>(file.Get()), F_GETFD) & FD_CLOEXEC);
+    EXPECT_TRUE(stream != nullptr && ::fileno(stream) > STDERR_FILENO);
+    EXPECT_EQ(-1, ::read(STDIN_FILENO, nullptr, 0)); // and the place is free again
+    if (stream != nullptr) std::fclose(stream);
+    ::dup2(kept, STDIN_FILENO);
+    ::close(kept);
+}
+
 TEST(FileTest, StreamsFollowTheirMode)
 {
     const CTempDirectory directory;

@@ -411,6 +411,20 @@ TEST(NetworkEventTest, TheMaskChoosesTheEvents)
     EXPECT_EQ(NetClose, connection.server.Await(NetClose));
 }
 
+TEST(NetworkEventTest, DataIsReportedThoughTheMaskLeavesTheConnectOut)
+{
+    const SEnd listener = Listen(SocketFamily::IPv4);
+    SEnd client{Open(SocketFamily::IPv4)};
+    ASSERT_EQ(Success, SelectNetworkEvents(client.socket.Get(), client.event.Get(), NetRead | NetClose));
+    ConnectSocket(client.socket.Get(), Loopback(SocketFamily::IPv4, PortOf(listener.socket.Get())));
+    const SEnd server = Accept(listener);
+    EXPECT_EQ(1, server.Send("x"));
+    EXPECT_EQ(NetRead, client.Await(NetRead));
+    EXPECT_EQ("x", client.Receive(10));
+    EXPECT_EQ(Success, ShutdownSocket(server.socket.Get(), 1));
+    EXPECT_EQ(NetClose, client.Await(NetClose));
+}
+
 TEST(NetworkEventTest, AFurtherBindingReplacesTheFirst)
 {
     const SConnection connection;
