@@ -149,7 +149,7 @@ struct Platform::SServiceManager {
 /// bus, unit: the manager's bus and the unit's object on it; null without a bus.
 struct Platform::SService {
     std::string file;
-    sd_bus * bus;
+    sd_bus * bus = nullptr;
     std::string unit;
 };
 
@@ -170,6 +170,18 @@ ErrorCode OpenOnPath(std::string const & path, std::string const & name, Platfor
 {
     service.file = FindUnitFile(path, name);
     return service.file.empty() ? static_cast<ErrorCode>(ENOENT) : Platform::Success;
+}
+
+/// Looks the unit up. What systemd says about it stands; a bus that fails says nothing.
+ErrorCode OpenAnywhere(Platform::SServiceManager const & manager, std::string const & name,
+                       Platform::SService & service)
+{
+    if (manager.bus) {
+        const ErrorCode error = OpenOnBus(manager.bus.get(), name, service);
+        if (error == Platform::Success || error == Platform::ErrorNotFound()) return error;
+        service = Platform::SService{};
+    }
+    return OpenOnPath(manager.unitPath, name, service);
 }
 
 ErrorCode ReadUnitFile(std::string const & path, std::string & out)
@@ -213,8 +225,7 @@ Platform::ErrorCode Platform::OpenService(ServiceManagerHandle manager, char con
         const std::string unit = ServiceUnitName(name);
         if (unit.empty()) return EINVAL;
         auto service = std::make_unique<SService>();
-        const ErrorCode error = manager->bus ? OpenOnBus(manager->bus.get(), unit, *service)
-                                             : OpenOnPath(manager->unitPath, unit, *service);
+        const ErrorCode error = OpenAnywhere(*manager, unit, *service);
         if (error == Success) out = service.release();
         return error;
     });

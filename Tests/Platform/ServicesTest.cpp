@@ -38,6 +38,9 @@ struct SEscape {
 };
 class EscapeUnitNameTest : public testing::TestWithParam<SEscape> {};
 
+/// A service of util-linux, which no Debian is without.
+constexpr char StandardService[] = "fstrim";
+
 class CManager {
 public:
     CManager() { EXPECT_EQ(Success, OpenServiceManager(m_handle)); }
@@ -156,6 +159,9 @@ TEST(ServicesTest, WithoutSystemdTheStandardPathIsSearched)
 {
     const CScopedVariable path("SYSTEMD_UNIT_PATH", std::nullopt);
     CManager manager;
+    std::string config;
+    EXPECT_EQ(Success, manager.Query(StandardService, &config));
+    EXPECT_NE("", config);
     EXPECT_EQ(ErrorNotFound(), manager.Query("no such service anywhere"));
 }
 
@@ -168,16 +174,21 @@ public:
         std::string loadState, fragment;
     };
 
-    /// answers: false for a bus that takes the connection and says nothing.
-    CFakeBus(std::map<std::string, SUnit> units, bool answers)
-        : m_units(std::move(units)), m_listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    enum class Manner : std::uint8_t {
+        Answers,
+        Silent, ///< takes the connection and says nothing
+        Refuses ///< lets nobody ask systemd
+    };
+
+    CFakeBus(std::map<std::string, SUnit> units, Manner manner)
+        : m_units(std::move(units)), m_manner(manner), m_listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
     {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         std::strcpy(address.sun_path, m_directory.File("bus").c_str());
         EXPECT_EQ(0, ::bind(m_listener, reinterpret_cast<sockaddr *>(&address), sizeof address));
         EXPECT_EQ(0, ::listen(m_listener, 4));
-        if (answers) m_thread = std::thread([this] { Serve(); });
+        if (manner != Manner::Silent) m_thread = std::thread([this] { Serve(); });
     }
     ~CFakeBus()
     {
@@ -222,6 +233,7 @@ private:
         char const * text = nullptr;
         if (::sd_bus_message_is_method_call(message, nullptr, "Hello") > 0)
             return ::sd_bus_reply_method_return(message, "s", ":1.1");
+        if (m_manner == Manner::Refuses) return ::sd_bus_reply_method_errno(message, EACCES, nullptr);
         if (::sd_bus_message_is_method_call(message, "org.freedesktop.systemd1.Manager", "LoadUnit") > 0) {
             ::sd_bus_message_read(message, "s", &text);
             m_asked = text;
@@ -240,6 +252,7 @@ private:
 
     CTempDirectory m_directory;
     std::map<std::string, SUnit> m_units;
+    const Manner m_manner;
     int m_listener;
     std::string m_asked; ///< of the serving thread
     std::atomic<bool> m_stop{false};
@@ -262,7 +275,7 @@ TEST_F(ServicesOnTheBusTest, SystemdIsAskedWhereItRuns)
     CFakeBus bus({{"Kestrix\\x20Services.service", {"loaded", fragment}},
                   {"generated.service", {"loaded", ""}},
                   {"masked.service", {"masked", ""}}},
-                 /*answers=*/true);
+                 CFakeBus::Manner::Answers);
     const CScopedVariable address("DBUS_SYSTEM_BUS_ADDRESS", bus.Address());
     CManager manager;
     std::string config;
@@ -278,13 +291,26 @@ TEST_F(ServicesOnTheBusTest, ABusThatIsNotThereIsPassedOver)
 {
     const CScopedVariable address("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/no/such/bus");
     CManager manager;
+    EXPECT_EQ(Success, manager.Query(StandardService));
     EXPECT_EQ(ErrorNotFound(), manager.Query("no such service anywhere"));
 }
 
 TEST_F(ServicesOnTheBusTest, ABusThatNeverAnswersIsGivenUp)
 {
-    const CFakeBus bus({}, /*answers=*/false);
+    const CFakeBus bus({}, CFakeBus::Manner::Silent);
     const CScopedVariable address("DBUS_SYSTEM_BUS_ADDRESS", bus.Address());
     CManager manager; // would hang here
+    EXPECT_EQ(Success, manager.Query(StandardService));
+    EXPECT_EQ(ErrorNotFound(), manager.Query("no such service anywhere"));
+}
+
+TEST_F(ServicesOnTheBusTest, WhereSystemdMayNotBeAskedTheStandardPathIsSearched)
+{
+    const CFakeBus bus({{"fstrim.service", {"loaded", ""}}}, CFakeBus::Manner::Refuses);
+    const CScopedVariable address("DBUS_SYSTEM_BUS_ADDRESS", bus.Address());
+    CManager manager;
+    std::string config;
+    EXPECT_EQ(Success, manager.Query(StandardService, &config));
+    EXPECT_NE("", config); // of the unit's file
     EXPECT_EQ(ErrorNotFound(), manager.Query("no such service anywhere"));
 }

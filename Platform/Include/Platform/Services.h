@@ -9,7 +9,8 @@
 ///
 /// POSIX: a service NAME is the systemd unit NAME.service, the name escaped as systemd-escape does. Where
 /// SYSTEMD_UNIT_PATH is set, that path alone is looked at; else systemd is asked over D-Bus where it runs; else, or
-/// when the bus doesn't answer within 2 seconds, the standard unit path is searched. A masked unit doesn't exist.
+/// when systemd may not be asked or doesn't answer within 2 seconds, the standard unit path is searched. A masked unit
+/// doesn't exist.
 ///
 /// A manager with its services belongs to one thread at a time.
 namespace Platform {
