@@ -50,6 +50,11 @@ public:
         return static_cast<std::uint32_t>(room.tv_sec * 1000 + (room.tv_nsec + NsPerMs - 1) / NsPerMs);
     }
     bool IsNow() const noexcept { return m_timeoutMs == 0; }
+    bool IsOver() noexcept
+    {
+        timespec room;
+        return Left(room) != nullptr && room.tv_sec == 0 && room.tv_nsec == 0;
+    }
 
 private:
     static timespec Sum(timespec time, std::uint32_t ms) noexcept
@@ -189,7 +194,9 @@ SWaitOutcome WaitForAny(WaitHandle const * handles, unsigned count, std::uint32_
             if (taken != Taken::No) return Outcome(taken, i, error);
         }
         if (set.TakeWake()) return {WaitResult::Woken, 0, Success, deadline.LeftMs()};
-        if (deadline.IsNow() || (ready == 0 && !looked)) return {WaitResult::Timeout, 0, Success};
+        // Where something was ready another thread was faster, again and again perhaps.
+        const bool over = ready > 0 ? deadline.IsOver() : deadline.IsNow() || !looked;
+        if (over) return {WaitResult::Timeout, 0, Success};
     }
 }
 
@@ -242,7 +249,7 @@ SWaitOutcome WaitForAll(WaitHandle const * handles, unsigned count, std::uint32_
             if (taken != Taken::No) return Outcome(taken, 0, error);
         }
         if (set.TakeWake()) return {WaitResult::Woken, 0, Success, deadline.LeftMs()};
-        if (deadline.IsNow()) return {WaitResult::Timeout, 0, Success};
+        if (deadline.IsOver()) return {WaitResult::Timeout, 0, Success};
         // Only for those that were missing; the others are looked at again once these are there.
         if (!complete) {
             const int ready = set.Poll(deadline);

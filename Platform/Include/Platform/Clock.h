@@ -3,10 +3,11 @@
 
 #include <cstdint>
 
+/// Clocks. Any thread. None of them can fail.
 namespace Platform {
 
 /// Milliseconds of working time since an unspecified start. Never runs backwards, ignores changes of the wall
-/// clock, stands still while the machine sleeps. Any thread. Cannot fail.
+/// clock, stands still while the machine sleeps.
 std::uint64_t MonotonicMs() noexcept;
 
 /// The agent's tick count: milliseconds since the machine started, sleep included. Never runs backwards.
@@ -19,7 +20,7 @@ std::uint64_t PerformanceFrequency() noexcept;
 /// Wall clock, milliseconds since 1970-01-01 UTC.
 std::uint64_t UnixTimeMs() noexcept;
 
-/// Broken-down local time.
+/// Broken-down time of the wall clock in the process's time zone.
 struct SLocalTime {
     unsigned year, month, day, hour, minute, second, millisecond; ///< month and day from 1
 };

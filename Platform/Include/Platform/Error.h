@@ -7,7 +7,7 @@
 namespace Platform {
 
 /// The system's own error number: errno on POSIX, GetLastError on Windows. 0 is success. Functions of this
-/// room take it at once after the call that failed and return it.
+/// room take it at once after the call that failed and return it. Everything here: any thread.
 using ErrorCode = std::uint32_t;
 inline constexpr ErrorCode Success = 0;
 

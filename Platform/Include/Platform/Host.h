@@ -6,11 +6,12 @@
 
 #include "Platform/Error.h"
 
+/// Facts about this host. Any thread. Outputs keep their values on failure; what fills a text may raise std::bad_alloc.
 namespace Platform {
 
 /// Short name of this host, cut to capacity - 1 bytes.
 ErrorCode ComputerName(std::string & out, std::uint32_t capacity);
-/// Host name and domain as the name service knows them.
+/// Host name and domain as the name service knows them, whose answer may take seconds. The domain may be empty.
 ErrorCode DnsName(std::string & host, std::string & domain);
 
 /// Directory of the system-wide files of the product: the system's own on Windows; KXRA_SYSTEM_DIRECTORY,

@@ -7,6 +7,8 @@
 
 #include "Platform/Error.h"
 
+/// The modules of this process and the version blocks of files. Any thread. Outputs keep their values on failure; what
+/// fills a text or a map may raise std::bad_alloc.
 namespace Platform {
 
 /// Full path of the module (library or program) that holds the address.

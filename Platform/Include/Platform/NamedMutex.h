@@ -12,13 +12,15 @@ namespace Platform {
 struct SNamedMutex;
 using NamedMutexHandle = SNamedMutex *;
 
-/// name: not empty, at most 512 bytes used; path separators count as underscores. Not owned after creation.
+/// name: not empty, at most 512 bytes used; path separators count as underscores. Not owned after creation. The caller
+/// closes `out`, which keeps its value on failure.
 ErrorCode NewNamedMutex(NamedMutexHandle & out, char const * name) noexcept;
-/// True when the mutex was taken within timeoutMs; also when its last owner, a thread or its whole process, ended
-/// without releasing it. The owner itself waits in vain.
+/// timeoutMs: milliseconds, 0xFFFFFFFF for ever. True when the mutex was taken in that time; also when its last owner,
+/// a thread or its whole process, ended without releasing it. The owner itself waits in vain.
 bool TakeNamedMutex(NamedMutexHandle mutex, std::uint32_t timeoutMs) noexcept;
 /// By the owner; a call by anyone else is ignored.
 void ReleaseNamedMutex(NamedMutexHandle mutex) noexcept;
+/// Null is ignored. With the last handle of this process on the name the ownership goes, too.
 void CloseNamedMutex(NamedMutexHandle mutex) noexcept;
 
 struct SNamedMutexTraits {

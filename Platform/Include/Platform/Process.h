@@ -7,6 +7,7 @@
 #include "Platform/Error.h"
 #include "Platform/Handle.h"
 
+/// Processes of this host. Any thread; one process's handle is for one thread at a time.
 namespace Platform {
 
 std::uint32_t CurrentProcessId() noexcept;

@@ -15,7 +15,7 @@
 /// standard error and passed over; a changed file is seen at the next Open. Keys and value names compare without
 /// regard to case (of ASCII and Latin-1 letters). Both views show the same data, and nothing is ever written, so
 /// full access is granted to whoever may read. Texts are UTF-8. One object, one thread at a time; objects are
-/// independent of each other.
+/// independent of each other. What fills a text of the caller may raise std::bad_alloc.
 namespace Platform {
 
 enum class RegistryView : std::uint8_t { Default, View64, View32 };

@@ -32,9 +32,12 @@ ErrorCode NewSemaphore(WaitHandle & out, std::uint32_t initial, std::uint32_t ma
 
 /// Gives up the caller's reference. A null handle is ignored. An object on which a thread still waits must
 /// not be closed, except that closing a thread's handle never touches the running thread. A waiter may close an
-/// object as soon as its wait is over, even while the thread that signalled it is still on its way out of the call.
+/// object as soon as its wait is over, even while the thread that signalled it is still on its way out of the call. A
+/// mutex may be closed while it is owned, also at the moment in which its owner ends.
 void CloseWaitable(WaitHandle handle) noexcept;
 
+/// An auto-reset event lets one wait go on. Settings that no wait has taken yet are one, also while several threads
+/// wait for the event: a setting isn't handed to a certain thread.
 ErrorCode SetEvent(WaitHandle event) noexcept;
 ErrorCode ResetEvent(WaitHandle event) noexcept;
 /// Fails when the caller isn't the owner.
