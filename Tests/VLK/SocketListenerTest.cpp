@@ -131,6 +131,20 @@ TEST_F(SocketListenerTest, AFailedStartLeavesItReadyForAnother)
     EXPECT_EQ(URET_OK, second.StartListen(LoopbackAddress(0)));
 }
 
+TEST_F(SocketListenerTest, AStartThatFailsHasForgottenWhatWasReportedBefore)
+{
+    CSocketListener listener;
+    listener.StartListen(LoopbackAddress(0));
+    CSocket client;
+    CSocketAddr address = LoopbackAddress(LocalPort(listener.GetSocket()));
+    client.Connect(address);
+    ASSERT_EQ(URET_OK, listener.Wait(kDeadlineMs));
+    ASSERT_TRUE(listener.CanAccept());
+    listener.StopListen();
+    EXPECT_EQ(Errors::NoAddress, RaisedBy([&] { listener.StartListen(CSocketAddr()); }));
+    EXPECT_FALSE(listener.CanAccept());
+}
+
 TEST_F(SocketListenerTest, IsOneOfManyObjects)
 {
     CSocketListener listener;

@@ -20,16 +20,21 @@ CSocketListener::CSocketListener() noexcept : m_uFlags(0), m_LastError(OsError(P
 
 CSocketListener::~CSocketListener() = default;
 
-void CSocketListener::CheckIdle(CThrowState & state) const
+/// Readies the event and forgets what was reported before.
+void CSocketListener::PrepareForUse(CThrowState & state)
 {
     if (m_Socket) VLK_RAISE(state, Errors::SocketAlreadyConnected);
+    const Platform::ErrorCode error = Internals::ReadySocketEvent(m_Handle);
+    if (error != Platform::Success) VLK_RAISE_OS(state, Errors::OperatingSystem, error);
+    m_uFlags = 0;
+    m_LastError = OsError(Platform::Success);
 }
 
 unsigned int CSocketListener::StartListen(CSocketAddr const & address)
 {
     CThrowState state;
     try {
-        CheckIdle(state);
+        PrepareForUse(state);
         sockaddr_storage target;
         address.GetAddress(target);
         Listen(state, target);
@@ -42,7 +47,7 @@ unsigned int CSocketListener::StartListen(unsigned int port, unsigned int ipv6)
 {
     CThrowState state;
     try {
-        CheckIdle(state);
+        PrepareForUse(state);
         static constexpr unsigned char wildcard[16] = {};
         sockaddr_storage target;
         Platform::FillAddress(target, ipv6 == 0 ? Platform::SocketFamily::IPv4 : Platform::SocketFamily::IPv6,
@@ -55,14 +60,9 @@ unsigned int CSocketListener::StartListen(unsigned int port, unsigned int ipv6)
 
 void CSocketListener::Listen(CThrowState & state, sockaddr_storage const & address)
 {
-    Platform::ErrorCode error = Internals::ReadySocketEvent(m_Handle);
-    if (error != Platform::Success) VLK_RAISE_OS(state, Errors::OperatingSystem, error);
-    m_uFlags = 0;
-    m_LastError = OsError(Platform::Success);
-
     const Platform::SocketFamily family = Platform::FamilyOf(reinterpret_cast<sockaddr const &>(address));
     Platform::SocketHandle handle = Platform::NoSocket;
-    error = Platform::OpenTcpSocket(handle, family);
+    Platform::ErrorCode error = Platform::OpenTcpSocket(handle, family);
     if (error != Platform::Success) VLK_RAISE_OS(state, Errors::SocketFunction, error);
     Platform::CSocketHandle opened(handle); // becomes the listener's when it listens
     error = Platform::SetSocketOption(handle, Platform::SocketOption::NoDelay, true);

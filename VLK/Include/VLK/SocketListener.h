@@ -48,7 +48,7 @@ private:
     static constexpr unsigned int FlagAcceptable = Platform::NetAccept;
     static constexpr int Backlog = 200;
 
-    void CheckIdle(Exceptions::CThrowState & state) const;
+    void PrepareForUse(Exceptions::CThrowState & state);
     void Listen(Exceptions::CThrowState & state, sockaddr_storage const & address);
     Platform::CSocketHandle Take(Exceptions::CThrowState & state);
 
