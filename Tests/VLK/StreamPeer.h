@@ -16,6 +16,8 @@ public:
     unsigned int State() const { return this->m_uState; }
     unsigned int EventsPending() const { return this->m_uEventsPending; }
     unsigned int PeerVersion() const { return this->m_uPeerVersion; }
+    /// As a side that knows better than to skip.
+    void ForgetError() { this->m_uState &= ~unsigned{VLK::Sockets::ST_Error}; }
 };
 using CVisibleClient = TVisible<VLK::Sockets::CVlkSocketClient>;
 using CVisibleServer = TVisible<VLK::Sockets::CVlkSocketServer>;

@@ -349,6 +349,21 @@ TEST_F(StreamSocketTest, AMismatchedFrameIsStillThereForTheOneWhoKnows)
     int value = 0;
     EXPECT_EQ(Errors::SocketInErrorState, RaisedBy([&] { it.client >> value; }));
     EXPECT_EQ(0, value);
+    it.client.ForgetError();
+    it.client >> value;
+    EXPECT_EQ(5, value);
+    EXPECT_EQ(URET_OK, it.client.EndRequest());
+}
+
+TEST_F(StreamSocketTest, TellsWhetherItHasFailed)
+{
+    SClientWithPeer it({0xC5, 0x02});
+    EXPECT_FALSE(it.client.HasFailed());
+    std::string text;
+    RaisedBy([&] { it.client >> text; });
+    EXPECT_TRUE(it.client.HasFailed());
+    EXPECT_EQ(URET_OK, it.client.Skip());
+    EXPECT_FALSE(it.client.HasFailed());
 }
 
 TEST_F(StreamSocketTest, MessagesNameTheFrameThatCame)
@@ -580,6 +595,24 @@ TEST_F(EventsTest, AnEmptyMaskIsAnswered)
     unsigned int code = 0;
     EXPECT_EQ(URET_Timeout, it.server.WaitForRequest(code));
     EXPECT_EQ((Bytes{0xA0, 0x00}), ReceiveBytes(it.Peer(), 2));
+}
+
+TEST_F(EventsTest, AnAnswerWithAnEmptyMaskEndsTheQuery)
+{
+    SClientWithPeer it({0x03, 0x02});
+    ASSERT_EQ(URET_OK, it.client.EndRequest());
+    ASSERT_EQ(1u, it.client.EventsPending());
+    std::thread answering([&] { // not before it is asked: what lies there then would be out of turn
+        Threading::CCallBackGuard guard;
+        EXPECT_EQ(Bytes{0x04}, ReceiveBytes(it.Peer(), 1));
+        SendBytes(it.Peer(), {0xA0, 0x00});
+    });
+    unsigned long long events = 99;
+    EXPECT_EQ(URET_OK, it.client.GetEvents(events));
+    answering.join();
+    EXPECT_EQ(0u, events);
+    EXPECT_EQ(0u, it.client.EventsPending());
+    EXPECT_EQ(URET_WouldBlock, it.client.CanRead());
 }
 
 TEST_F(EventsTest, TheClientIsToldOnceUntilItHasFetched)

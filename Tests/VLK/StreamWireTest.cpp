@@ -278,6 +278,124 @@ TEST_F(StreamWireTest, AWholeFrameIsTakenWhereTheTextStopsAtANul)
     EXPECT_EQ(5, value);
 }
 
+TEST_F(StreamWireTest, ATextStopsAtItsFirstNulWhereverThatStands)
+{
+    // All in one answer, so that many lie in the buffer as a whole and some across its end.
+    constexpr std::size_t kLongest = 40;
+    Bytes frames;
+    std::vector<std::string> expected;
+    for (std::size_t size = 1; size <= kLongest; ++size) {
+        for (std::size_t nul = 0; nul <= size; ++nul) {
+            std::string text(size, 'x');
+            if (nul < size) text[nul] = '\0';
+            if (nul + 3 < size) text[nul + 3] = '\0';
+            frames = Joined({frames, {0x98, static_cast<unsigned char>(size)}, TextBytes(text)});
+            expected.push_back(text.c_str());
+        }
+    }
+    SClientWithPeer it(frames);
+    for (const std::string & text : expected) {
+        std::string read = "old";
+        it.client >> read;
+        ASSERT_EQ(text, read);
+        ASSERT_EQ(text.size(), read.size());
+    }
+}
+
+class ValueReaderTest : public CFoundationTest {};
+
+TEST_F(ValueReaderTest, GivesWhatTheOperatorsGive)
+{
+    const Bytes frames{0xC7, 0xE5, 0x05, 0xB1, 0x03, 0xE8, 0x06, 0x98, 2,    'a',  'b', 0xB4,
+                       1,    0,    0,    0,    0,    0xE5, 0xB8, 128,  0x03, 0xDF, 0x02};
+    SClientWithPeer it(frames);
+    int first = 0;
+    long long second = 0;
+    short third = 0;
+    std::string empty = "old";
+    std::string text;
+    unsigned long long large = 0;
+    unsigned char wrapped = 0;
+    signed char smallest = 0;
+    unsigned short last = 0;
+    {
+        CValueReader reader(it.client);
+        reader >> first >> second >> third >> empty >> text >> large >> wrapped >> smallest >> last;
+    }
+    EXPECT_EQ(7, first);
+    EXPECT_EQ(-5, second);
+    EXPECT_EQ(1000, third);
+    EXPECT_EQ("", empty);
+    EXPECT_EQ("ab", text);
+    EXPECT_EQ(0x100000000u, large);
+    EXPECT_EQ(251, wrapped);
+    EXPECT_EQ(-128, smallest);
+    EXPECT_EQ(31, last);
+    EXPECT_EQ(1u, it.client.EventsPending());
+    EXPECT_EQ(URET_OK, it.client.EndRequest());
+}
+
+TEST_F(ValueReaderTest, WhatRaisesIsStillThereAndNothingInFrontOfIt)
+{
+    SClientWithPeer it({0xC1, 0xC2, 0x98, 1, 'a', 0x02});
+    int first = 0;
+    int second = 0;
+    int third = 77;
+    EXPECT_EQ(Errors::SocketOutOfSync, RaisedBy([&] {
+                  CValueReader reader(it.client);
+                  reader >> first >> second >> third;
+              }));
+    EXPECT_EQ(1, first);
+    EXPECT_EQ(2, second);
+    EXPECT_EQ(77, third);
+    EXPECT_EQ(ST_Read | ST_Error, it.client.State());
+    it.client.ForgetError();
+    std::string text;
+    CValueReader(it.client) >> text;
+    EXPECT_EQ("a", text);
+    EXPECT_EQ(URET_OK, it.client.EndRequest());
+}
+
+TEST_F(ValueReaderTest, ChecksTheRangeOfItsTarget)
+{
+    for (const Bytes & frame :
+         {Bytes{0xB3, 0x80, 0, 0, 0}, Bytes{0xBB, 0x80, 0, 0, 1}, Bytes{0xBF, 0xFF, 0xFF, 0xFF, 0xFF, 0x80, 0, 0, 0}}) {
+        SClientWithPeer it(frame);
+        int value = 77;
+        EXPECT_EQ(Errors::IntegerOutOfRange, RaisedBy([&] { CValueReader(it.client) >> value; }));
+        EXPECT_EQ(77, value);
+    }
+}
+
+TEST_F(ValueReaderTest, RaisesOutsideOfReading)
+{
+    CVisibleClient closed;
+    int value = 77;
+    EXPECT_EQ(Errors::SocketState, RaisedBy([&] { CValueReader(closed) >> value; }));
+    SClientWithPeer it({0x78, 2, 0xC1, 0xC2, 0x02});
+    char data[1];
+    unsigned long long read = 0;
+    ASSERT_EQ(URET_MoreData, it.client.Read(data, 1, read));
+    EXPECT_EQ(Errors::SocketState, RaisedBy([&] { CValueReader(it.client) >> value; }));
+    EXPECT_EQ(77, value);
+}
+
+TEST_F(ValueReaderTest, WithThrowingDisabledNumbersBecomeZeroFromTheFailureOn)
+{
+    SClientWithPeer it({0xC1, 0x98, 1, 'a', 0xC5, 0x02});
+    Exceptions::CThrowState state;
+    state.DisableThrow();
+    int first = 77;
+    int second = 77;
+    int third = 77;
+    CValueReader(it.client) >> first >> second >> third;
+    EXPECT_EQ(1, first);
+    EXPECT_EQ(0, second);
+    EXPECT_EQ(0, third);
+    EXPECT_EQ(URET_OK, it.client.Skip());
+    EXPECT_EQ(URET_OK, it.client.EndRequest());
+}
+
 struct SLie {
     char const * name;
     Bytes head;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "StreamOperation.h"
 #include "StreamTags.h"
 
 namespace VLK::Sockets {
@@ -55,8 +56,13 @@ CVlkSocket::operator Threading::CWaitHandle() noexcept
     return m_pSocket != nullptr ? Threading::CWaitHandle(*m_pSocket) : Threading::CWaitHandle();
 }
 
-void CVlkSocket::Take(CSocket & socket) noexcept
+void CVlkSocket::Take(CSocket & socket)
 {
+    CThrowState state;
+    try {
+        if (m_pSocket != nullptr) VLK_RAISE(state, Errors::SocketAlreadyAttached);
+    }
+    VLK_THROW_NEXT_VOID(state)
     m_uState = ST_Idle;
     m_pSocket = &socket;
     m_uPeekedTag = NoTag; // what a former connection left behind says nothing about this one
@@ -236,18 +242,15 @@ void CVlkSocket::Skip(unsigned int tag)
 
 unsigned int CVlkSocket::SkipTo(unsigned int tag)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    const auto work = [&](CThrowState &) -> unsigned int {
         m_uState &= ~unsigned{ST_Error};
         if (m_uState != ST_Read && m_uState != ST_ReadBlock)
             RaiseWrongState("Current=%d, expected=ST_Read/ST_ReadBlock");
         Skip(tag);
         return URET_OK;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState = ST_Idle | ST_Error;
-        return state.ThrowNext(source);
-    }
+    };
+    return Operation(source, work, EAfterFailure::Idle);
 }
 
 // --- Writing to the buffer

@@ -1,15 +1,13 @@
-#include "VLK/StreamSocket.h"
+#include "StreamOperation.h"
 
 namespace VLK::Sockets {
 
 using Exceptions::CThrowState;
+using namespace Internals;
 
 namespace {
 
-constexpr unsigned int VersionBytes = 4;
-constexpr unsigned long long ProtocolGeneration = 0x100; // value of the handshake's frame
 constexpr unsigned long long RefusalBits = 0xFF0000;
-constexpr char ExpectedIdle[] = "Current=%d, expected=ST_Idle";
 
 } // namespace
 
@@ -20,12 +18,8 @@ CVlkSocketClient::~CVlkSocketClient()
 
 unsigned int CVlkSocketClient::Attach(CSocket & socket, unsigned int version)
 {
-    CThrowState state;
-    bool taken = false;
-    try {
-        if (m_pSocket != nullptr) VLK_RAISE(state, Errors::SocketAlreadyAttached);
-        Take(socket);
-        taken = true;
+    VLK_SOURCE(source);
+    return Handshake(source, socket, [&](CThrowState & state) -> unsigned int {
         for (unsigned int i = VersionBytes; i-- != 0;)
             WriteByte(static_cast<unsigned char>(version >> (8 * i)));
         WriteCmd(STC_Attach, ProtocolGeneration);
@@ -36,37 +30,26 @@ unsigned int CVlkSocketClient::Attach(CSocket & socket, unsigned int version)
         m_uPeerVersion = static_cast<unsigned char>(value >> 8);
         m_uEventsPending = 0;
         return URET_OK;
-    } catch (...) {
-        VLK_SOURCE(source);
-        Exceptions::CExceptionLog log = state.ContinueException(source);
-        if (taken)
-            Abort();
-        else
-            socket.Abort();
-        return log.tryThrow();
-    }
+    });
 }
 
 unsigned int CVlkSocketClient::StartRequest(unsigned int code)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    const auto work = [&](CThrowState &) -> unsigned int {
         RequireState(ST_Idle, ExpectedIdle);
         PrepareBufferForSend();
         WriteCmd(STC_Request, code);
         m_uState = ST_Send;
         return URET_OK;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState = ST_Idle | ST_Error;
-        return state.ThrowNext(source);
-    }
+    };
+    return Operation(source, work, EAfterFailure::Idle);
 }
 
 unsigned int CVlkSocketClient::WaitForAck(unsigned int & ack)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    return Operation(source, [&](CThrowState & state) -> unsigned int {
         RequireState(ST_Send, "Current=%d, expected=ST_Send");
         WriteByte(STC_WaitAck);
         Flush();
@@ -75,58 +58,45 @@ unsigned int CVlkSocketClient::WaitForAck(unsigned int & ack)
         ack = static_cast<unsigned int>(value);
         m_uState = ST_Read;
         return URET_OK;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    });
 }
 
 unsigned int CVlkSocketClient::EndRequest()
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    const auto work = [&](CThrowState &) -> unsigned int {
         RequireState(ST_Read, "Current=%d, expected=ST_Read");
         ReadExpected(STC_EndAck, "STC_EndAck expected, %d received");
         m_uState = ST_Idle;
         return URET_OK;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState = ST_Idle | ST_Error;
-        return state.ThrowNext(source);
-    }
+    };
+    return Operation(source, work, EAfterFailure::Idle);
 }
 
 unsigned int CVlkSocketClient::CanRead()
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    const auto work = [&](CThrowState &) -> unsigned int {
         RequireState(ST_Idle, ExpectedIdle);
         return HasSomethingToHandle() ? URET_OK : URET_WouldBlock;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState = ST_Idle | ST_Error;
-        return state.ThrowNext(source);
-    }
+    };
+    return Operation(source, work, EAfterFailure::Idle);
 }
 
 unsigned int CVlkSocketClient::Wait(unsigned int timeout)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    const auto work = [&](CThrowState &) -> unsigned int {
         RequireState(ST_Idle, ExpectedIdle);
         return HasSomethingToHandle() ? URET_OK : m_pSocket->Wait(timeout);
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState = ST_Idle | ST_Error;
-        return state.ThrowNext(source);
-    }
+    };
+    return Operation(source, work, EAfterFailure::Idle);
 }
 
 unsigned int CVlkSocketClient::GetEvents(unsigned long long & events)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    return Operation(source, [&](CThrowState & state) -> unsigned int {
         RequireState(ST_Idle, ExpectedIdle);
         do {
             PrepareBufferForSend();
@@ -143,11 +113,7 @@ unsigned int CVlkSocketClient::GetEvents(unsigned long long & events)
         if (ReadCmd(events) != STC_Events) VLK_RAISE(state, Errors::Protocol);
         m_uEventsPending = 0;
         return URET_OK;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    });
 }
 
 unsigned int CVlkSocketClient::Close()

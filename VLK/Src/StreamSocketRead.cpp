@@ -1,10 +1,11 @@
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 
+#include "StreamOperation.h"
 #include "VLK/Functions.h"
-#include "VLK/StreamSocket.h"
 
 namespace VLK::Sockets {
 
@@ -16,14 +17,72 @@ namespace {
 // No system gives a process that much: such a length is refused without asking for it.
 constexpr unsigned long long MaxTextBytes = 1ull << 40;
 
+constexpr unsigned long long ShortText = 256; // bytes; needs no allocation
+
 constexpr char ExpectedRead[] = "Current=%d, expected=ST_Read";
 constexpr char ExpectedReadOrBlock[] = "Current=%d, expected=ST_Read/ST_ReadBlock";
+
+/// Whether there is a NUL among the bytes. In words, since the texts of records are too short for a call.
+bool HasNul(unsigned char const * text, std::size_t size) noexcept
+{
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    const auto wordHasNul = [](unsigned char const * place) {
+        std::uint64_t word;
+        std::memcpy(&word, place, sizeof word);
+        return ((word - ones) & ~word & (ones << 7)) != 0;
+    };
+    if (size < sizeof(std::uint64_t)) return std::find(text, text + size, 0) != text + size;
+    unsigned char const * const last = text + size - sizeof(std::uint64_t);
+    for (; text < last; text += sizeof(std::uint64_t)) {
+        if (wordHasNul(text)) return true;
+    }
+    return wordHasNul(last);
+}
+
+/// text = what stands in front of the first NUL, with no more memory than that needs.
+void AssignUpToNul(std::string & text, unsigned char const * data, std::size_t size)
+{
+    if (HasNul(data, size)) [[unlikely]]
+        size = static_cast<std::size_t>(std::find(data, data + size, 0) - data);
+    auto const * const characters = reinterpret_cast<char const *>(data);
+    if (size > text.capacity())
+        text = std::string(characters, size);
+    else
+        text.assign(characters, size);
+}
 
 struct SFree {
     void operator()(void * block) const noexcept { std::free(block); }
 };
 
 } // namespace
+
+// --- What lies in the buffer as a whole
+
+unsigned char const * CVlkSocket::SUnread::Text(unsigned char const * frame, unsigned char const * end,
+                                                std::string & text) noexcept
+{
+    const std::ptrdiff_t lengthBytes = (*frame & 7) + 1;
+    if ((*frame & 0xF8) != STC_String || end - frame <= lengthBytes) return nullptr;
+    const unsigned long long length = BigEndian(frame + 1, lengthBytes);
+    unsigned char const * const data = frame + 1 + lengthBytes;
+    if (length > static_cast<unsigned long long>(end - data)) return nullptr;
+    try {
+        AssignUpToNul(text, data, static_cast<std::size_t>(length));
+    } catch (...) { // no memory: the slow way meets the same, and can tell
+        return nullptr;
+    }
+    return data + length;
+}
+
+/// Does the work of one operator, which looks at the state itself.
+template <class TWork>
+CVlkSocket & CVlkSocket::Reading(TWork const & work)
+{
+    VLK_SOURCE(source);
+    Operation(source, work);
+    return *this;
+}
 
 // --- Numbers
 
@@ -52,50 +111,20 @@ unsigned long long CVlkSocket::ReadNumber(CThrowState & state, unsigned long lon
 
 long long CVlkSocket::ReadINTFromPeer(unsigned long long size)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    return Operation(source, [&](CThrowState & state) {
         return static_cast<long long>(ReadNumber(state, LargestSigned(size), LargestSigned(size) + 1));
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    });
 }
 
 unsigned long long CVlkSocket::ReadUINTFromPeer(unsigned long long size)
 {
-    CThrowState state;
-    try {
-        return ReadNumber(state, LargestUnsigned(size), LargestSigned(size) + 1);
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    VLK_SOURCE(source);
+    return Operation(
+        source, [&](CThrowState & state) { return ReadNumber(state, LargestUnsigned(size), LargestSigned(size) + 1); });
 }
 
 // --- Texts
-
-/// A text that lies in the buffer as a whole. It stays valid until the next read.
-bool CVlkSocket::TakeText(std::string_view & text) noexcept
-{
-    if (m_uState != ST_Read || m_uPeekedTag != NoTag || m_uCount == 0) return false;
-    const unsigned int byte = *m_pPosition;
-    if (byte == STC_EmptyString) {
-        text = ""; // never null, since the C library gets it
-        Advance(1);
-        return true;
-    }
-    const std::size_t lengthBytes = (byte & 7) + 1;
-    if ((byte & 0xF8) != STC_String || m_uCount <= lengthBytes) return false;
-    unsigned long long length = 0;
-    for (std::size_t i = 1; i <= lengthBytes; ++i)
-        length = length << 8 | m_pPosition[i];
-    if (length > m_uCount - 1 - lengthBytes) return false;
-    text = {reinterpret_cast<char const *>(m_pPosition) + 1 + lengthBytes, static_cast<std::size_t>(length)};
-    Advance(1 + lengthBytes + text.size());
-    return true;
-}
 
 /// The head of a text's frame. False: it is the empty text.
 bool CVlkSocket::ReadTextLength(CThrowState & state, unsigned long long & length)
@@ -110,32 +139,29 @@ bool CVlkSocket::ReadTextLength(CThrowState & state, unsigned long long & length
 
 CVlkSocket & CVlkSocket::operator>>(std::string & text)
 {
-    CThrowState state;
-    try {
-        std::string_view found;
-        if (TakeText(found)) {
-            void const * const nul = std::memchr(found.data(), '\0', found.size());
-            text.assign(found.data(), nul != nullptr
-                                          ? static_cast<std::size_t>(static_cast<char const *>(nul) - found.data())
-                                          : found.size());
-            return *this;
-        }
+    SUnread unread = Unread();
+    if (unread.Take(text)) {
+        Leave(unread);
+        return *this;
+    }
+    return Reading([&](CThrowState & state) {
         unsigned long long length = 0;
         if (ReadTextLength(state, length))
             ReadLongText(state, text, length);
         else
             text.clear();
-        return *this;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        state.ThrowNext(source);
-        return *this;
-    }
+    });
 }
 
 void CVlkSocket::ReadLongText(CThrowState & state, std::string & text, unsigned long long length)
 {
+    if (length < ShortText) {
+        char room[ShortText];
+        ReadBlock(reinterpret_cast<unsigned char *>(room), length);
+        room[length] = '\0';
+        text = room;
+        return;
+    }
     // Zeroed, but not touched before the data comes: a length that is a lie costs no memory.
     const std::unique_ptr<char, SFree> room(
         length <= MaxTextBytes ? static_cast<char *>(std::calloc(1, static_cast<std::size_t>(length) + 1)) : nullptr);
@@ -146,20 +172,13 @@ void CVlkSocket::ReadLongText(CThrowState & state, std::string & text, unsigned 
 
 CVlkSocket & CVlkSocket::operator>>(CStringVar & text)
 {
-    CThrowState state;
-    try {
+    return Reading([&](CThrowState & state) {
         unsigned long long length = 0;
         if (ReadTextLength(state, length))
             ReadTextInto(state, text, length);
         else
             text = Misc::CNull();
-        return *this;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        state.ThrowNext(source);
-        return *this;
-    }
+    });
 }
 
 void CVlkSocket::ReadTextInto(CThrowState & state, CStringVar & text, unsigned long long length)
@@ -181,8 +200,8 @@ void CVlkSocket::ReadTextInto(CThrowState & state, CStringVar & text, unsigned l
 
 unsigned int CVlkSocket::Read(void * data, unsigned long long size, unsigned long long & read)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    return Operation(source, [&](CThrowState &) -> unsigned int {
         if (m_uState != ST_ReadBlock) {
             RequireState(ST_Read, ExpectedReadOrBlock);
             m_uBlockRemainder = ReadExpected(STC_BinBlockStart, "STC_BinBlockStart expected, %d received");
@@ -194,11 +213,7 @@ unsigned int CVlkSocket::Read(void * data, unsigned long long size, unsigned lon
         }
         read = 0;
         return DeliverBlock(static_cast<unsigned char *>(data), size, read);
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    });
 }
 
 unsigned int CVlkSocket::DeliverBlock(unsigned char * place, unsigned long long size, unsigned long long & read)
@@ -223,8 +238,7 @@ unsigned int CVlkSocket::DeliverBlock(unsigned char * place, unsigned long long 
 
 CVlkSocket & CVlkSocket::operator>>(std::FILE * file)
 {
-    CThrowState state;
-    try {
+    return Reading([&](CThrowState & state) {
         RequireState(ST_Read, ExpectedReadOrBlock);
         unsigned long long missing = ReadExpected(STC_File, "STC_File expected, %d received");
         for (unsigned int tag = PeekCmd(); tag == STC_BinBlockStart || tag == STC_BinBlockNext; tag = PeekCmd()) {
@@ -234,13 +248,7 @@ CVlkSocket & CVlkSocket::operator>>(std::FILE * file)
             missing -= size;
         }
         if (missing != 0) VLK_RAISE_TEXT(state, Errors::DataMissing, "%d Bytes missing", missing);
-        return *this;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        state.ThrowNext(source);
-        return *this;
-    }
+    });
 }
 
 void CVlkSocket::ReceiveBlock(CThrowState & state, std::FILE * file, unsigned long long size)

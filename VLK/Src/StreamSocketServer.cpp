@@ -1,15 +1,13 @@
-#include "VLK/StreamSocket.h"
+#include "StreamOperation.h"
 
 namespace VLK::Sockets {
 
 using Exceptions::CThrowState;
+using namespace Internals;
 
 namespace {
 
-constexpr unsigned int VersionBytes = 4;
-constexpr unsigned long long ProtocolGeneration = 0x100; // values of the handshake's frame
 constexpr unsigned long long Refusal = 0x10100;
-constexpr char ExpectedIdle[] = "Current=%d, expected=ST_Idle";
 
 } // namespace
 
@@ -20,12 +18,8 @@ CVlkSocketServer::~CVlkSocketServer()
 
 unsigned int CVlkSocketServer::Attach(CSocket & socket, unsigned int version)
 {
-    CThrowState state;
-    bool taken = false;
-    try {
-        if (m_pSocket != nullptr) VLK_RAISE(state, Errors::SocketAlreadyAttached);
-        Take(socket);
-        taken = true;
+    VLK_SOURCE(source);
+    return Handshake(source, socket, [&](CThrowState & state) -> unsigned int {
         const unsigned long long clientVersion = ReadInteger(VersionBytes);
         unsigned long long value = 0;
         const unsigned int tag = ReadCmd(value);
@@ -38,15 +32,7 @@ unsigned int CVlkSocketServer::Attach(CSocket & socket, unsigned int version)
         if (matches) return URET_OK;
         AwaitPeersClose();
         VLK_RAISE(state, Errors::ConnectionRejected);
-    } catch (...) {
-        VLK_SOURCE(source);
-        Exceptions::CExceptionLog log = state.ContinueException(source);
-        if (taken)
-            Abort();
-        else
-            socket.Abort();
-        return log.tryThrow();
-    }
+    });
 }
 
 /// Lets the client take the connection down, so that it has read its refusal.
@@ -70,8 +56,8 @@ void CVlkSocketServer::AwaitPeersClose()
 
 unsigned int CVlkSocketServer::WaitForRequest(unsigned int & code)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    return Operation(source, [&](CThrowState & state) -> unsigned int {
         RequireState(ST_Idle, ExpectedIdle);
         unsigned long long value = 0;
         switch (ReadCmd(value)) {
@@ -91,64 +77,48 @@ unsigned int CVlkSocketServer::WaitForRequest(unsigned int & code)
         default:
             VLK_RAISE(state, Errors::Protocol);
         }
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    });
 }
 
 unsigned int CVlkSocketServer::CheckRequest(unsigned int & code)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    return Operation(source, [&](CThrowState &) -> unsigned int {
         RequireState(ST_Idle, ExpectedIdle);
         if (m_pSocket->IsSecure()) m_pSocket->CheckNegotiation();
         return m_pSocket->CanRead() ? WaitForRequest(code) : URET_WouldBlock;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    });
 }
 
 unsigned int CVlkSocketServer::SendAck(unsigned int ack)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    return Operation(source, [&](CThrowState &) -> unsigned int {
         RequireState(ST_Read, "Current=%d, expected=ST_Read");
         ReadExpected(STC_WaitAck, "STC_WaitAck expected, %d received");
         PrepareBufferForSend();
         WriteCmd(STC_Ack, ack);
         m_uState = ST_Send;
         return URET_OK;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    });
 }
 
 unsigned int CVlkSocketServer::EndAck()
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    return Operation(source, [&](CThrowState &) -> unsigned int {
         RequireState(ST_Send, "Current=%d, expected=ST_Send");
         WriteByte(STC_EndAck);
         Flush();
         m_uState = ST_Idle;
         return URET_OK;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    });
 }
 
 unsigned int CVlkSocketServer::SetEvents(unsigned long long mask)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    return Operation(source, [&](CThrowState & state) -> unsigned int {
         // Unlike elsewhere, an error is answered with the state as well.
         if (m_uState != ST_Idle) VLK_RAISE_TEXT(state, Errors::SocketState, ExpectedIdle, m_uState);
         if (m_uEventMask == 0) {
@@ -158,27 +128,19 @@ unsigned int CVlkSocketServer::SetEvents(unsigned long long mask)
         }
         m_uEventMask |= mask;
         return URET_OK;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    });
 }
 
 unsigned int CVlkSocketServer::SendKeepAlive()
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    return Operation(source, [&](CThrowState &) -> unsigned int {
         RequireState(ST_Idle, ExpectedIdle);
         PrepareBufferForSend();
         WriteByte(STC_KeepAlive);
         Flush();
         return URET_OK;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        return state.ThrowNext(source);
-    }
+    });
 }
 
 unsigned int CVlkSocketServer::Close()

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "StreamOperation.h"
 #include "VLK/Functions.h"
-#include "VLK/StreamSocket.h"
 
 namespace VLK::Sockets {
 
@@ -21,17 +21,12 @@ constexpr int SmallestSmall = -32;
 template <class TWork>
 CVlkSocket & CVlkSocket::Writing(TWork const & work)
 {
-    CThrowState state;
-    try {
+    VLK_SOURCE(source);
+    Operation(source, [&](CThrowState & state) {
         RequireState(ST_Send, "Current=%d, expected=ST_Send");
         work(state);
-        return *this;
-    } catch (...) {
-        VLK_SOURCE(source);
-        m_uState |= ST_Error;
-        state.ThrowNext(source);
-        return *this;
-    }
+    });
+    return *this;
 }
 
 CVlkSocket & CVlkSocket::WriteINT(int value)

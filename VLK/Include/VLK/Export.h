@@ -16,4 +16,11 @@
 #define VLK_API __attribute__((visibility("default")))
 #endif
 
+/// For a function whose object is to stay in registers, which a call would force into memory.
+#if __has_cpp_attribute(gnu::always_inline)
+#define VLK_FORCE_INLINE [[gnu::always_inline]] inline
+#else
+#define VLK_FORCE_INLINE inline
+#endif
+
 #endif
