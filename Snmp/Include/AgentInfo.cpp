@@ -6,19 +6,19 @@ namespace SNMP {
 
 namespace {
 
-constexpr std::tuple kFrames{&ORBA_AGENTINFO::Id, &ORBA_AGENTINFO::Company, &ORBA_AGENTINFO::Version,
-                             &ORBA_AGENTINFO::Build};
+using CFrames =
+    TFrames<&ORBA_AGENTINFO::Id, &ORBA_AGENTINFO::Company, &ORBA_AGENTINFO::Version, &ORBA_AGENTINFO::Build>;
 
 } // namespace
 
 void ORBA_AGENTINFO::ReadData(CVlkSocket & sock)
 {
-    ReadRecord(*this, kFrames, sock, ERecord::AgentInfo);
+    ReadRecord<CFrames>(*this, sock, ERecord::AgentInfo);
 }
 
 void ORBA_AGENTINFO::writeData(CVlkSocket & sock) const
 {
-    WriteRecord(*this, kFrames, sock, ERecord::AgentInfo);
+    WriteRecord<CFrames>(*this, sock, ERecord::AgentInfo);
 }
 
 } // namespace SNMP

@@ -6,20 +6,20 @@ namespace SNMP {
 
 namespace {
 
-constexpr std::tuple kFrames{&ORBA_EVENTINFO::TrapId, &ORBA_EVENTINFO::Param1,     &ORBA_EVENTINFO::Param2,
-                             &ORBA_EVENTINFO::Param3, &ORBA_EVENTINFO::Param4,     &ORBA_EVENTINFO::Param5,
-                             &ORBA_EVENTINFO::Param6, &ORBA_EVENTINFO::ServerName, &ORBA_EVENTINFO::Opaque64};
+using CFrames = TFrames<&ORBA_EVENTINFO::TrapId, &ORBA_EVENTINFO::Param1, &ORBA_EVENTINFO::Param2,
+                        &ORBA_EVENTINFO::Param3, &ORBA_EVENTINFO::Param4, &ORBA_EVENTINFO::Param5,
+                        &ORBA_EVENTINFO::Param6, &ORBA_EVENTINFO::ServerName, &ORBA_EVENTINFO::Opaque64>;
 
 } // namespace
 
 void ORBA_EVENTINFO::ReadData(CVlkSocket & sock)
 {
-    ReadRecord(*this, kFrames, sock, ERecord::EventInfo);
+    ReadRecord<CFrames>(*this, sock, ERecord::EventInfo);
 }
 
 void ORBA_EVENTINFO::writeData(CVlkSocket & sock) const
 {
-    WriteRecord(*this, kFrames, sock, ERecord::EventInfo);
+    WriteRecord<CFrames>(*this, sock, ERecord::EventInfo);
 }
 
 } // namespace SNMP

@@ -22,6 +22,10 @@ public:
     }
     constexpr operator int() const noexcept { return m_value; }
 
+    /// The number as it is, for a reader that stores it as it comes.
+    constexpr int & Raw() noexcept { return m_value; }
+    /// What a copy would hold, in place.
+    constexpr void Normalise() noexcept { m_value = Normalise(m_value); }
     static constexpr int Normalise(int raw) noexcept
     {
         // Unsigned, so that what lies below LOW wraps to the far end.

@@ -62,7 +62,8 @@ struct ORBA_PHYSICALDEVICEENTRY {
     void SetSSDTotalDataWritten(std::string text) { SSDTotalDataWritten = std::move(text); }
 
 private:
-    struct SWire; ///< the order of the frames
+    friend struct ORBA_PHYSICALDEVICETABLE; // reads its entries by their frames
+    struct SWire;                           ///< the order of the frames
 
     std::string SSDEstimatedLifetime;
     std::string SSDTotalDataWritten;

@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <string>
-#include <tuple>
-#include <utility>
 #include <vector>
 
 #include "Snmp/Include/Fields.h"
@@ -15,86 +13,116 @@
 /// How the records lie on the stream. A record is its frames one behind the other, without length or tag; a table
 /// is the number of its entries and then the entries.
 ///
-/// The frames of a record are a tuple of pointers to its members, in the order of the wire. The operations raise
-/// what the stream raises, and catch nothing. One thread at a time, as the stream.
+/// The operations raise what the stream raises, and catch nothing. With throwing disabled they end with the stream's
+/// failure, too. One thread at a time, as the stream.
 namespace SNMP {
 
 using VLK::Sockets::CVlkSocket;
 
-inline void ReadFrame(CVlkSocket & sock, int & field)
+// What the stream reads and writes of a field.
+
+template <class TPlain>
+TPlain & Raw(TPlain & field) noexcept
 {
-    sock >> field;
-}
-inline void ReadFrame(CVlkSocket & sock, unsigned long long & field)
-{
-    sock >> field;
-}
-inline void ReadFrame(CVlkSocket & sock, std::string & field)
-{
-    sock >> field;
+    return field;
 }
 template <int LOW, int HIGH, int FALLBACK>
-void ReadFrame(CVlkSocket & sock, TRangedField<LOW, HIGH, FALLBACK> & field)
+int & Raw(TRangedField<LOW, HIGH, FALLBACK> & field) noexcept
 {
-    int raw = field;
-    sock >> raw;
-    field = raw;
-}
-
-inline void WriteFrame(CVlkSocket & sock, int field)
-{
-    sock << field;
-}
-inline void WriteFrame(CVlkSocket & sock, unsigned long long field)
-{
-    sock << field;
-}
-inline void WriteFrame(CVlkSocket & sock, std::string const & field)
-{
-    sock << field;
+    return field.Raw();
 }
 template <int LOW, int HIGH, int FALLBACK>
-void WriteFrame(CVlkSocket & sock, TRangedField<LOW, HIGH, FALLBACK> const & field)
+int Raw(TRangedField<LOW, HIGH, FALLBACK> const & field) noexcept
 {
-    sock << static_cast<int>(field);
+    return field;
 }
 
-template <class TRecord, class TFrames>
-void ReadRecord(TRecord & record, TFrames const & frames, CVlkSocket & sock, ERecord kind,
+template <class TPlain>
+void NormaliseField(TPlain &) noexcept
+{
+}
+template <int LOW, int HIGH, int FALLBACK>
+void NormaliseField(TRangedField<LOW, HIGH, FALLBACK> & field) noexcept
+{
+    field.Normalise();
+}
+
+/// The frames of a record: pointers to its members, in the order of the wire.
+template <auto... MEMBERS>
+struct TFrames {
+    template <class TRecord>
+    static void Read(TRecord & record, CVlkSocket & sock)
+    {
+        VLK::Sockets::CValueReader reader(sock);
+        static_cast<void>((reader >> ... >> Raw(record.*MEMBERS)));
+    }
+    template <class TRecord>
+    static void Write(TRecord const & record, CVlkSocket & sock)
+    {
+        static_cast<void>((sock << ... << Raw(record.*MEMBERS)));
+    }
+    /// Makes of the record what a copy of it would be.
+    template <class TRecord>
+    static void Normalise(TRecord & record) noexcept
+    {
+        (NormaliseField(record.*MEMBERS), ...);
+    }
+};
+
+template <class TFrameList, class TRecord>
+void ReadRecord(TRecord & record, CVlkSocket & sock, ERecord kind,
                 std::source_location const & where = std::source_location::current())
 {
-    Traced(kind, EOperation::Read, where,
-           [&] { std::apply([&](auto... member) { (ReadFrame(sock, record.*member), ...); }, frames); });
+    Traced(kind, EOperation::Read, where, [&] { TFrameList::Read(record, sock); });
 }
 
-template <class TRecord, class TFrames>
-void WriteRecord(TRecord const & record, TFrames const & frames, CVlkSocket & sock, ERecord kind,
+template <class TFrameList, class TRecord>
+void WriteRecord(TRecord const & record, CVlkSocket & sock, ERecord kind,
                  std::source_location const & where = std::source_location::current())
 {
-    Traced(kind, EOperation::Write, where,
-           [&] { std::apply([&](auto... member) { (WriteFrame(sock, record.*member), ...); }, frames); });
+    Traced(kind, EOperation::Write, where, [&] { TFrameList::Write(record, sock); });
+}
+
+/// Takes the last entry of a table away at its end, unless it is complete.
+template <class TEntry>
+struct SUnfinishedEntry {
+    std::vector<TEntry> & table;
+    bool isComplete = false;
+    ~SUnfinishedEntry()
+    {
+        if (!isComplete) table.pop_back();
+    }
+};
+
+/// Appends the next entry of the stream. It is read in its place and normalised then, which spares the copy that
+/// would normalise it. False: it failed on a thread that disabled throwing.
+template <class TFrameList, class TEntry>
+bool AppendEntry(std::vector<TEntry> & table, CVlkSocket & sock)
+{
+    TEntry & entry = table.emplace_back();
+    SUnfinishedEntry<TEntry> unfinished{table};
+    entry.ReadData(sock);
+    if (sock.HasFailed()) return false;
+    TFrameList::Normalise(entry);
+    unfinished.isComplete = true;
+    return true;
 }
 
 /// Room that is made ahead for the entries that a peer announces, in bytes; what lies beyond comes as they arrive.
 inline constexpr std::size_t kRoomAhead = 4u << 20;
 
-template <class TEntry>
+template <class TFrameList, class TEntry>
 void ReadTable(std::vector<TEntry> & table, CVlkSocket & sock, ERecord kind,
                std::source_location const & where = std::source_location::current())
 {
     Traced(kind, EOperation::Read, where, [&] {
-        // The scratch keeps the raw numbers; appending normalises them, and takes the texts, which the next reading
-        // replaces anyway.
-        TEntry scratch;
         table.clear();
         int count = 0;
-        ReadFrame(sock, count);
+        sock >> count;
         if (count <= 0) return;
         table.reserve(std::min(static_cast<std::size_t>(count), kRoomAhead / sizeof(TEntry)));
-        for (int i = 0; i < count; ++i) {
-            scratch.ReadData(sock);
-            table.push_back(std::move(scratch));
-        }
+        for (int i = 0; i < count && AppendEntry<TFrameList>(table, sock);)
+            ++i;
     });
 }
 
@@ -103,7 +131,7 @@ void WriteTable(std::vector<TEntry> const & table, CVlkSocket & sock, ERecord ki
                 std::source_location const & where = std::source_location::current())
 {
     Traced(kind, EOperation::Write, where, [&] {
-        WriteFrame(sock, static_cast<int>(table.size()));
+        sock << static_cast<int>(table.size());
         for (TEntry const & entry : table)
             entry.writeData(sock);
     });

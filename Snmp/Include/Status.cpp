@@ -6,8 +6,8 @@ namespace SNMP {
 
 namespace {
 
-constexpr std::tuple kFrames{&ORBA_STATUS::LogicalDrives, &ORBA_STATUS::PhysicalDevices, &ORBA_STATUS::Controllers,
-                             &ORBA_STATUS::Overall};
+using CFrames = TFrames<&ORBA_STATUS::LogicalDrives, &ORBA_STATUS::PhysicalDevices, &ORBA_STATUS::Controllers,
+                        &ORBA_STATUS::Overall>;
 
 } // namespace
 
@@ -15,13 +15,13 @@ void ORBA_STATUS::ReadData(CVlkSocket & sock)
 {
     // All or nothing: the fields are stored behind the fourth frame.
     ORBA_STATUS read = *this;
-    ReadRecord(read, kFrames, sock, ERecord::Status);
-    *this = read;
+    ReadRecord<CFrames>(read, sock, ERecord::Status);
+    if (!sock.HasFailed()) *this = read;
 }
 
 void ORBA_STATUS::writeData(CVlkSocket & sock) const
 {
-    WriteRecord(*this, kFrames, sock, ERecord::Status);
+    WriteRecord<CFrames>(*this, sock, ERecord::Status);
 }
 
 } // namespace SNMP

@@ -66,7 +66,9 @@ private:
 /// A client in the middle of a request whose answer is `answer`, ready to read it.
 class CAnsweredClient {
 public:
-    explicit CAnsweredClient(std::string const & answer) : m_socket({Wire::kWelcome, Wire::Ack(0), answer})
+    explicit CAnsweredClient(std::string const & answer) : CAnsweredClient(answer, answer.size()) {}
+    /// The answer comes in pieces of that many bytes.
+    CAnsweredClient(std::string const & answer, std::size_t pieceBytes) : m_socket(Pieces(answer, pieceBytes))
     {
         client.Attach(m_socket, 267);
         client.StartRequest(1);
@@ -78,6 +80,14 @@ public:
     void Again() { m_socket.Rewind(2); }
 
 private:
+    static std::vector<std::string> Pieces(std::string const & answer, std::size_t pieceBytes)
+    {
+        std::vector<std::string> pieces{Wire::kWelcome, Wire::Ack(0)};
+        for (std::size_t at = 0; at < answer.size(); at += pieceBytes)
+            pieces.push_back(answer.substr(at, pieceBytes));
+        return pieces;
+    }
+
     CMemorySocket m_socket;
 
 public:

@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "Snmp/Include/Structure.h"
 #include "Tests/Support/MemorySocket.h"
 #include "VLK/Exceptions.h"
@@ -161,6 +166,75 @@ TYPED_TEST(RecordTableTest, AStreamCutAtAnyByteRaisesAndLeavesOnlyWholeEntries)
     }
 }
 
+TYPED_TEST(RecordTableTest, ItComesThroughInPiecesOfAnySize)
+{
+    std::string const bytes = Wire::Int(3) + this->Entries(3);
+    for (std::size_t piece = 1; piece <= bytes.size(); ++piece) {
+        CAnsweredClient peer(bytes, piece);
+        TypeParam table;
+        table.ReadData(peer.client);
+        ASSERT_TRUE(peer.Socket().AllRead()) << "pieces of " << piece;
+        ASSERT_EQ(Wire::Hex(bytes), Wire::Hex(this->Written(table))) << "pieces of " << piece;
+    }
+}
+
+/// An entry whose numbers are all the same, in and out of every range.
+template <class TEntry>
+std::string BytesWithNumber(std::int64_t number)
+{
+    std::string bytes;
+    for (char const c : WrittenBy([](VLK::Sockets::CVlkSocket & sock) { TEntry().writeData(sock); }))
+        bytes += c == Wire::Text("").front() ? Wire::Text("text") : Wire::Int(number);
+    return bytes;
+}
+
+TYPED_TEST(RecordTableTest, AnEntryIsWhatACopyOfTheSameEntryWouldBe)
+{
+    using TEntry = typename TypeParam::value_type;
+    std::vector<std::int64_t> numbers{-INT_MAX, INT_MAX, 97, 98, 99, 100};
+    for (std::int64_t number = -31; number <= 31; ++number)
+        numbers.push_back(number);
+    for (std::int64_t const number : numbers) {
+        std::string const bytes = BytesWithNumber<TEntry>(number);
+        CAnsweredClient alone(bytes);
+        TEntry raw;
+        raw.ReadData(alone.client);
+        EXPECT_EQ(Wire::Hex(bytes), Wire::Hex(WrittenBy([&](VLK::Sockets::CVlkSocket & s) { raw.writeData(s); })));
+        TEntry const copy(raw);
+        CAnsweredClient peer(Wire::Int(1) + bytes);
+        TypeParam table;
+        table.ReadData(peer.client);
+        ASSERT_EQ(1u, table.size());
+        EXPECT_EQ(Wire::Hex(WrittenBy([&](VLK::Sockets::CVlkSocket & s) { copy.writeData(s); })),
+                  Wire::Hex(WrittenBy([&](VLK::Sockets::CVlkSocket & s) { table[0].writeData(s); })))
+            << number;
+    }
+}
+
+TYPED_TEST(RecordTableTest, WithThrowingDisabledAClaimedCountEndsWithTheDataToo)
+{
+    CAnsweredClient peer(Wire::Int(100000) + this->Entries(2));
+    VLK::Threading::CCallBackGuard guard;
+    TypeParam table;
+    VLK::Exceptions::CThrowState state;
+    state.DisableThrow();
+    table.ReadData(peer.client);
+    EXPECT_EQ(2u, table.size());
+    EXPECT_TRUE(peer.client.HasFailed());
+}
+
+TYPED_TEST(RecordTableTest, AfterAFailureTheAnswerCanBeSkipped)
+{
+    CAnsweredClient peer(Wire::Int(3) + this->Entries(1) + Wire::Int(1) + Wire::kWaitAck + Wire::Int(7) +
+                         Wire::kEndAck);
+    TypeParam table;
+    EXPECT_THROW(table.ReadData(peer.client), unsigned int);
+    EXPECT_EQ(1u, table.size());
+    EXPECT_EQ(VLK::URET_OK, peer.client.Skip());
+    EXPECT_EQ(VLK::URET_OK, peer.client.EndRequest());
+    EXPECT_TRUE(peer.Socket().AllRead());
+}
+
 TYPED_TEST(RecordTableTest, MoreEntriesThanTheRoomMadeAheadAreAllRead)
 {
     constexpr int kMany = 200000;
@@ -227,6 +301,20 @@ TEST(RecordStatusTest, AFailedReadKeepsAllFourFields)
         EXPECT_EQ(4, status.Controllers);
         EXPECT_EQ(5, status.Overall);
     }
+}
+
+TEST(RecordStatusTest, AFailedReadKeepsAllFourFieldsWithThrowingDisabledToo)
+{
+    CAnsweredClient peer(Wire::Int(11) + Wire::Int(12));
+    VLK::Threading::CCallBackGuard guard;
+    ORBA_STATUS status;
+    status.LogicalDrives = 2;
+    status.Overall = 5;
+    VLK::Exceptions::CThrowState state;
+    state.DisableThrow();
+    status.ReadData(peer.client);
+    EXPECT_EQ(2, status.LogicalDrives);
+    EXPECT_EQ(5, status.Overall);
 }
 
 TEST(RecordStatusTest, NumbersAreKeptAsTheyCome)
