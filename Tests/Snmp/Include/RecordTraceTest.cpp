@@ -7,65 +7,8 @@
 
 #include "Snmp/Include/Module.h"
 #include "Snmp/Include/Structure.h"
+#include "Tests/Support/KeptTrace.h"
 #include "Tests/Support/MemorySocket.h"
-#include "VLK/CriticalSection.h"
-#include "VLK/Trace.h"
-#include "VLK/WaitObjects.h"
-
-// In place of the foundation's own trace, whose records nobody reads: one that keeps them.
-
-namespace {
-
-struct SLine {
-    std::uint32_t flag;
-    unsigned int module;
-    std::string function;
-    std::string text;
-
-    bool operator==(SLine const &) const = default;
-};
-void PrintTo(SLine const & line, std::ostream * out)
-{
-    *out << line.flag << '/' << line.module << ' ' << line.function << ": " << line.text;
-}
-
-std::vector<SLine> g_lines;
-
-} // namespace
-
-namespace VLK::Trace {
-
-constinit std::atomic<CTrace *> CTrace::m_pVlkTrace{nullptr};
-void CTrace::TellModuleLoaded(Misc::CModuleInfo &) {}
-
-} // namespace VLK::Trace
-
-namespace VLK::Internals {
-
-CTraceStreamBuffer::CTraceStreamBuffer(std::uint32_t flag, Misc::CModuleInfo & module, char const *,
-                                       char const * function, unsigned int)
-    : CFormatStreamBuffer(FlagSilent | FlagTrace)
-{
-    g_lines.push_back({flag, module.GetModuleId(), function, ""});
-}
-CTraceStreamBuffer::CTraceStreamBuffer(std::uint32_t flag, Misc::CModuleInfo & module, char const * file,
-                                       unsigned int line)
-    : CTraceStreamBuffer(flag, module, file, "", line)
-{
-}
-CTraceStreamBuffer::~CTraceStreamBuffer() = default;
-unsigned int CTraceStreamBuffer::Write(char const * text, std::size_t n, unsigned int)
-{
-    g_lines.back().text.append(text, n);
-    return URET_OK;
-}
-unsigned int CTraceStreamBuffer::Fill(int c, std::size_t n)
-{
-    g_lines.back().text.append(n, static_cast<char>(c));
-    return URET_OK;
-}
-
-} // namespace VLK::Internals
 
 using namespace SNMP;
 
