@@ -37,8 +37,8 @@ public:
     CSocket() noexcept;
     ~CSocket() override;
 
-    /// Waits until a network event was reported and notes it. URET_OK or URET_Timeout. milliseconds; Raises
-    /// UnexpectedReturnCode for anything else that ends the wait.
+    /// Waits until a network event was reported and notes it. timeout: milliseconds, 0xFFFFFFFF for ever. URET_OK or
+    /// URET_Timeout. Raises UnexpectedReturnCode for anything else that ends the wait.
     unsigned int Wait(unsigned int timeout) override;
     /// Notes the reported events. A failed connect becomes the socket's last error.
     unsigned int SignaledAfterWait(unsigned int mask) override;
