@@ -99,6 +99,21 @@ TEST_F(FormatStreamTest, CharactersTextsAndPointers)
     EXPECT_EQ(Text(expected), Formatted("%p", CSubStringRef(text, 1)));
 }
 
+TEST_F(FormatStreamTest, OnlyWhatIsAppendedTurnsToUpperCase)
+{
+    TString<64> text;
+    text = "before ";
+    text.Format("%S") << CSubStringRef("ab\0cd", 5); // ends at the NUL, as everywhere
+    EXPECT_EQ("before AB", Text(text));
+    TString<64> reference("lost");
+    reference.Format("%S") << "new";
+    EXPECT_EQ("NEW", Text(reference));
+    TString<64> longer;
+    longer = "before ";
+    longer.Format("%S") << std::string(100, 'x');
+    EXPECT_EQ("before " + std::string(100, 'X'), Text(longer));
+}
+
 struct SFormat {
     char const * name;
     char const * format;

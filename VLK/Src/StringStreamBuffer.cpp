@@ -149,6 +149,7 @@ unsigned int CStringStreamBuffer::Fill(int c, std::size_t n)
 void CStringStreamBuffer::AppendText(CStringVar & target, char const * text, std::size_t n, unsigned int upper)
 {
     if (n == 0) return;
+    std::size_t const before = target.IsReference() ? 0 : target.size();
     if (n <= SmallText && target.HasRoom(n)) {
         // Most pieces are short: sooner copied than measured. As everywhere, a NUL ends the text.
         char * const end = target.Data() + target.size();
@@ -156,10 +157,9 @@ void CStringStreamBuffer::AppendText(CStringVar & target, char const * text, std
     } else {
         target.AllocCopy(text, n);
     }
-    if (upper == 0) return;
-    // Never more than what was appended, also where the text ended early or didn't fit.
-    std::size_t const appended = target.size() < n ? target.size() : n;
-    UpperCase(target.Data() + (target.size() - appended), appended);
+    if (upper == 0 || target.size() <= before) return;
+    // Exactly what was appended, also where the text ended early.
+    UpperCase(target.Data() + before, target.size() - before);
 }
 
 void CStringStreamBuffer::AppendFill(CStringVar & target, int c, std::size_t n)
