@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 #include <fstream>
 #include <regex>
 #include <string>
+#include <thread>
 
 #include "Foundation.h"
 #include "VLK/Application.h"
@@ -119,6 +121,25 @@ TEST_F(TraceTest, AFailedOpenLeavesTheTraceUnset)
     EXPECT_EQ(nullptr, CTrace::m_pVlkTrace);
     EXPECT_EQ(0u, Misc::VLK_MODULE_INFO_VlkLib.GetTrcPoints());
     EXPECT_EQ(1u, trace.Open(Config("[t]\n"), "t"));
+}
+
+TEST_F(TraceTest, AModuleThatComesAndGoesMeanwhileIsNoHarmToClose)
+{
+    std::atomic<bool> stop{false};
+    std::thread modules([&] {
+        Threading::CCallBackGuard const guard;
+        while (!stop)
+            CModuleInfo const shortLived(4006, "short-lived", "P:1 F:1", nullptr, nullptr);
+    });
+    for (int i = 0; i != 50; ++i) {
+        CTrace::m_pVlkTrace = nullptr;
+        CTrace trace;
+        EXPECT_EQ(1u, trace.Open(Config("[t]\n_FileTrace=1\n"), "t"));
+        EXPECT_EQ(1u, trace.Close());
+    }
+    stop = true;
+    modules.join();
+    EXPECT_EQ(0u, Misc::VLK_MODULE_INFO_VlkLib.GetTrcPoints());
 }
 
 struct SHeader {

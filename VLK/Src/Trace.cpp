@@ -169,6 +169,8 @@ void CTrace::ModuleLoaded(CModuleInfo & module)
 
 unsigned int CTrace::Close()
 {
+    CSyncGuard listGuard;
+    CModuleInfo::Lock(listGuard);
     CSyncGuard guard;
     m_Lock.Enter(guard);
     bool const isOpen = m_uClosed.exchange(1, std::memory_order_relaxed) == 0;

@@ -52,6 +52,8 @@ inline constexpr std::uint32_t TraceUnlocated = 0x80000000;   ///< a record with
 namespace Trace {
 
 /// Switches the trace on for a process and holds the masks of its modules. At most one is opened in a process.
+/// Threads: Open and Close from any; the object must outlive them.
+/// Locks: the module list's, then m_Lock.
 class VLK_API CTrace {
 public:
     CTrace();
