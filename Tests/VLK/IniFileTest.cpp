@@ -474,6 +474,36 @@ TEST_F(IniFileTest, QuotesAreDoubledAndTextWithBlanksIsQuoted)
     EXPECT_EQ("[\"a b\"]\r\n \"k\"\"k\" = \"x\"\"y\"\r\n      k = plain\r\n\r\n", Get(Name()));
 }
 
+TEST_F(IniFileTest, OnlyBlanksAndQuotesBringQuotesSoACommaOrSemicolonAloneLosesThem)
+{
+    EXPECT_EQ("[s]\r\n a = b,c\r\n\r\n", Rewritten("[s]\na = \"b,c\"\n"));
+    EXPECT_EQ("[s]\r\n a = b;c\r\n\r\n", Rewritten("[s]\na = \"b;c\"\n"));
+    EXPECT_EQ("[s]\r\n a = \"b, c\"\r\n\r\n", Rewritten("[s]\na = \"b, c\"\n"));
+}
+
+TEST_F(IniFileTest, AnInterruptedFlushLeavesTheFormerFileAndNoLock)
+{
+    // A directory is never removed, so the flush waits until the thread is cancelled.
+    boost::filesystem::create_directory(Name());
+    std::uint32_t raised = 0;
+    Threading::CThread thread;
+    std::atomic<bool> locked{false};
+    StartThread(thread, [&] {
+        CIniFile file;
+        file.Create(Name());
+        file["s"]["a"].SetValue(1);
+        locked = true;
+        raised = RaisedBy([&] { file.Flush(0); });
+        EXPECT_RAISES(NotOpenForWriting, file.Flush(0));
+    });
+    ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return locked.load(); }));
+    thread.Cancel();
+    ASSERT_EQ(URET_OK, thread.Wait(kDeadlineMs));
+    EXPECT_EQ(Errors::ThreadInterrupt, raised);
+    EXPECT_TRUE(boost::filesystem::is_directory(Name()));
+    EXPECT_FALSE(IsLocked());
+}
+
 TEST_F(IniFileTest, KeysWithoutValueAreNotWritten)
 {
     CIniFile file;

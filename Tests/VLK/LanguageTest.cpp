@@ -103,6 +103,20 @@ TEST_F(LanguageTest, TheThreadsLanguageIsTakenFromTheFile)
     EXPECT_EQ("one", Converted(m_File, 0));
 }
 
+TEST_F(LanguageTest, LanguageZeroOfTheThreadReadsAs25966WhateverTheDefaultTableIs)
+{
+    constexpr unsigned int english = 25966;
+    Put(FileOf({{english, 0, std::string("file\0two\0", 9)}}));
+    CLanguageSupport::CLngFile french("test.nls", French, "utf-8", 1, Standard, 2);
+    m_Thread.SetLngId(0);
+    EXPECT_EQ("file", Converted(french, 0));
+    m_Thread.SetLngId(French);
+    EXPECT_EQ("one", Converted(french, 0));
+    // A file can't replace the compiled-in texts of their own language.
+    m_Thread.SetLngId(english);
+    EXPECT_EQ("one", Converted(m_File, 0));
+}
+
 TEST_F(LanguageTest, NativeTextIsTakenByReference)
 {
     Put(FileOf({{German, 0, std::string("eins\0zwei\0", 10)}}));

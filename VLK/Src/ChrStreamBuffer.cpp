@@ -9,7 +9,13 @@
 namespace VLK::Output_Streams {
 
 CChrStreamBuffer::CChrStreamBuffer(std::size_t step, std::size_t maximum) noexcept
-    : CFormatStreamBuffer(0), m_uLength(0), m_uCapacity(0), m_uStep(step), m_uMaximum(maximum), m_pBlock(nullptr)
+    : CFormatStreamBuffer(0),
+      m_uLength(0),
+      m_uCapacity(0),
+      m_uStep(step),
+      m_uMaximum(maximum),
+      m_pBlock(nullptr),
+      m_bDropped(false)
 {
 }
 
@@ -21,6 +27,7 @@ CChrStreamBuffer::~CChrStreamBuffer()
 unsigned int CChrStreamBuffer::Reset()
 {
     m_uLength = 0;
+    m_bDropped = false;
     if (m_uCapacity != 0) *m_pBlock = '\0';
     return CFormatStreamBuffer::Reset();
 }
@@ -43,7 +50,10 @@ char * CChrStreamBuffer::Room(std::size_t n)
 {
     std::size_t const need = Internals::SaturatedSum(Internals::SaturatedSum(m_uLength, n), 1);
     if (need > m_uCapacity) ResizeBuffer(need);
-    if (need > m_uCapacity) return nullptr;
+    if (need > m_uCapacity) {
+        m_bDropped = true;
+        return nullptr;
+    }
     char * const room = m_pBlock + m_uLength;
     room[n] = '\0';
     m_uLength += n;

@@ -46,13 +46,25 @@ CFormatStream::CFormatStream(CBuffer & buffer, char const * format)
       m_uState(0),
       m_pCursor(nullptr)
 {
-    OwnFormat(format);
+    Construct([&] { OwnFormat(format); });
 }
 
 CFormatStream::CFormatStream(CFormatStream const & other) : m_pBuffer(other.m_pBuffer)
 {
     m_pBuffer->SignalFormatCopy();
-    assignFields(other);
+    Construct([&] { assignFields(other); });
+}
+
+/// Runs a constructor's work: a stream that never came to be has no end that would tell the buffer.
+template <class TWork>
+void CFormatStream::Construct(TWork const & work)
+{
+    try {
+        work();
+    } catch (...) {
+        SignalEnd();
+        throw;
+    }
 }
 
 CFormatStream & CFormatStream::operator=(CFormatStream const & other)
@@ -93,14 +105,12 @@ void CFormatStream::OwnFormat(char const * format)
     VLK_SOURCE(source);
     m_pCursor = nullptr;
     m_pBuffer->m_pError = &source;
-    if ((m_pBuffer->m_uFlags & CBuffer::FlagSilent) != 0) return;
-    try {
-        Internals::RaiseOutOfMemory();
-    } catch (...) {
-        // A stream that never came to be has no end that would tell the buffer.
-        if ((m_pBuffer->m_uFlags & CBuffer::FlagEndSignal) != 0) m_pBuffer->SignalFormatEnd();
-        throw;
-    }
+    if ((m_pBuffer->m_uFlags & CBuffer::FlagSilent) == 0) Internals::RaiseOutOfMemory();
+}
+
+void CFormatStream::SignalEnd()
+{
+    if ((m_pBuffer->m_uFlags & CBuffer::FlagEndSignal) != 0) m_pBuffer->SignalFormatEnd();
 }
 
 CFormatStream::~CFormatStream() noexcept(false)
@@ -119,15 +129,12 @@ CFormatStream::~CFormatStream() noexcept(false)
 void CFormatStream::Close()
 {
     struct SEndSignal {
-        ~SEndSignal() noexcept(false)
-        {
-            if ((buffer->m_uFlags & CBuffer::FlagEndSignal) != 0) buffer->SignalFormatEnd();
-        }
-        CBuffer * buffer;
+        ~SEndSignal() noexcept(false) { stream.SignalEnd(); }
+        CFormatStream & stream;
     };
     // The signal comes last: with it the buffer may be gone.
     try {
-        SEndSignal const signal{m_pBuffer};
+        SEndSignal const signal{*this};
         if (m_pBuffer->m_pError == nullptr) {
             WriteRest();
             m_pBuffer->Flush(0);

@@ -4,14 +4,13 @@
 #include <boost/filesystem/path.hpp>
 #include <boost/format.hpp>
 #include <cstring>
-#include <memory>
 #include <new>
 
+#include "FileStream.h"
 #include "IniEntries.h"
+#include "IniWait.h"
 #include "Memory.h"
 #include "VLK/Exceptions.h"
-#include "VLK/Functions.h"
-#include "VLK/Threads.h"
 #include "VLK/ThrowState.h"
 
 namespace VLK::Internals {
@@ -28,31 +27,6 @@ constexpr std::size_t BlockEntries = 128;
 constexpr std::size_t WriteRoom = 16384; ///< in front of the text of a file that will be changed
 constexpr std::size_t ReadRoom = 1;
 constexpr std::size_t ArenaStep = 4096;
-constexpr unsigned int Infinite = 0xFFFFFFFF;
-constexpr std::uint64_t BusyMs = 20; ///< so long a waiter only gives up the processor, then it sleeps
-
-struct SFileCloser {
-    void operator()(std::FILE * file) const noexcept { std::fclose(file); }
-};
-using CFile = std::unique_ptr<std::FILE, SFileCloser>;
-
-/// How a file is waited for.
-class CFileWait {
-public:
-    explicit CFileWait(unsigned int timeoutMs) : m_uTimeout(timeoutMs), m_uStart(Functions::GetTickTime(1000)) {}
-    /// Gives the other process a moment. False when the time is up.
-    bool Again() const
-    {
-        std::uint64_t const elapsed = Functions::GetTickTime(1000) - m_uStart;
-        Threading::CCurrentThread().Sleep(elapsed < BusyMs ? 0 : 1);
-        return m_uTimeout == Infinite || Functions::GetTickTime(1000) - m_uStart < m_uTimeout;
-    }
-
-private:
-    unsigned int m_uTimeout;
-    std::uint64_t m_uStart;
-};
-
 } // namespace
 
 struct CIniFile_::SBlock {
@@ -89,7 +63,25 @@ void CIniFile_::RaiseIo(std::uint32_t error)
     VLK_RAISE_NATIVE_TEXT(state, Errors::IniIo, Exceptions::OsError(error), "File=%s", m_FileName);
 }
 
-void CIniFile_::Open(CSubStringRef const & file, unsigned int timeoutMs)
+void CIniFile_::RaiseNotFound()
+{
+    CThrowState state;
+    VLK_RAISE_TEXT(state, Errors::IniNotFound, "File=%s", m_FileName);
+}
+
+bool CIniFile_::TakeLock()
+{
+    Platform::FileHandle handle = Platform::NoFile;
+    Platform::ErrorCode const error = Platform::OpenFile(handle, LockName(), Platform::FileMode::CreateExclusive);
+    if (error == Platform::ErrorAlreadyExists()) return false;
+    if (error != Platform::Success) RaiseIo(error);
+    m_LockFile.Reset(handle);
+    return true;
+}
+
+/// Attempts until one comes through, as long as another process stands in the way.
+template <class TAttempt>
+void CIniFile_::Await(CSubStringRef const & file, unsigned int timeoutMs, TAttempt const & attempt)
 {
     CThrowState state;
     CleanUp();
@@ -97,56 +89,45 @@ void CIniFile_::Open(CSubStringRef const & file, unsigned int timeoutMs)
     m_FileName = file;
     std::string const name(m_FileName.View());
     do {
+        if (attempt(name)) return;
+    } while (wait.Again());
+    Exceptions::Raise(state.StartException(__LINE__).prepareThrow(Errors::IniTimeout, boost::format("File=%s") % name));
+}
+
+void CIniFile_::Open(CSubStringRef const & file, unsigned int timeoutMs)
+{
+    Await(file, timeoutMs, [this](std::string const & name) {
         CFile stream(Platform::OpenStream(name, "rb"));
         if (stream == nullptr) {
             if (Platform::ErrorCode const error = Platform::LastError(); error != Platform::ErrorNotFound())
                 RaiseIo(error);
             // A writer may be replacing the file: the lock file tells. Whoever can make it knows that there is none.
-            Platform::FileHandle handle = Platform::NoFile;
-            Platform::ErrorCode const error =
-                Platform::OpenFile(handle, LockName(), Platform::FileMode::CreateExclusive);
-            if (error == Platform::ErrorAlreadyExists()) continue;
-            if (error != Platform::Success) RaiseIo(error);
-            m_LockFile.Reset(handle);
+            if (!TakeLock()) return false;
             stream.reset(Platform::OpenStream(name, "rb"));
             ReleaseLock();
-            if (stream == nullptr) VLK_RAISE_TEXT(state, Errors::IniNotFound, "File=%s", m_FileName);
+            if (stream == nullptr) RaiseNotFound();
         }
         ScanFile(stream.get(), /*keepComments=*/false);
-        return;
-    } while (wait.Again());
-    Exceptions::Raise(state.StartException(__LINE__).prepareThrow(Errors::IniTimeout, boost::format("File=%s") % name));
+        return true;
+    });
 }
 
 void CIniFile_::OpenLocked(CSubStringRef const & file, unsigned int timeoutMs)
 {
-    CThrowState state;
-    CleanUp();
-    CFileWait const wait(timeoutMs);
-    m_FileName = file;
-    std::string const name(m_FileName.View());
-    do {
-        Platform::FileHandle handle = Platform::NoFile;
-        Platform::ErrorCode const error = Platform::OpenFile(handle, LockName(), Platform::FileMode::CreateExclusive);
-        if (error == Platform::ErrorAlreadyExists()) continue;
-        if (error != Platform::Success) RaiseIo(error);
-        m_LockFile.Reset(handle);
+    Await(file, timeoutMs, [this](std::string const & name) {
+        if (!TakeLock()) return false;
         CFile const stream(Platform::OpenStream(name, "rb"));
-        if (stream == nullptr) VLK_RAISE_TEXT(state, Errors::IniNotFound, "File=%s", m_FileName);
+        if (stream == nullptr) RaiseNotFound();
         ScanFile(stream.get(), /*keepComments=*/true);
-        return;
-    } while (wait.Again());
-    Exceptions::Raise(state.StartException(__LINE__).prepareThrow(Errors::IniTimeout, boost::format("File=%s") % name));
+        return true;
+    });
 }
 
 void CIniFile_::New(CSubStringRef const & file)
 {
     CleanUp();
     m_FileName = file;
-    Platform::FileHandle handle = Platform::NoFile;
-    Platform::ErrorCode const error = Platform::OpenFile(handle, LockName(), Platform::FileMode::CreateExclusive);
-    if (error != Platform::Success) RaiseIo(error);
-    m_LockFile.Reset(handle);
+    if (!TakeLock()) RaiseIo(Platform::ErrorAlreadyExists());
     NewArena(WriteRoom, 0);
 }
 
@@ -193,13 +174,18 @@ void CIniFile_::AddFreeEntries(SBlock & block) noexcept
     }
 }
 
-INI_ENTRY * CIniFile_::AllocIniEntry()
+void CIniFile_::EnsureEntries(std::size_t n)
 {
-    if (m_pFreeEntries == nullptr) {
-        SBlock * const block = static_cast<SBlock *>(TryAllocate(sizeof(SBlock)));
-        if (block == nullptr) RaiseOutOfMemory();
-        AddFreeEntries(*block);
-    }
+    for (INI_ENTRY const * entry = m_pFreeEntries; entry != nullptr && n != 0; entry = entry->nextFree)
+        --n;
+    if (n == 0) return;
+    SBlock * const block = static_cast<SBlock *>(TryAllocate(sizeof(SBlock)));
+    if (block == nullptr) RaiseOutOfMemory();
+    AddFreeEntries(*block);
+}
+
+INI_ENTRY * CIniFile_::AllocIniEntry() noexcept
+{
     INI_ENTRY * const entry = m_pFreeEntries;
     m_pFreeEntries = entry->nextFree;
     return entry;
@@ -278,6 +264,7 @@ INI_SECTION * CIniFile_::Find(CSubStringRef const & name, CSubStringRef const & 
 {
     INI_SECTION * section = FindExisting(name);
     if (section == nullptr) {
+        EnsureEntries(2);
         char * const text = AllocText(name.size() + 1);
         std::memcpy(text, name.data(), name.size());
         text[name.size()] = '\0';
@@ -291,8 +278,10 @@ INI_SECTION * CIniFile_::Find(CSubStringRef const & name, CSubStringRef const & 
     return section;
 }
 
-INI_KEY * CIniFile_::AddKey(INI_SECTION & section, char * text, std::size_t nameLength, std::size_t count)
+INI_KEY * CIniFile_::AddKey(INI_SECTION & section, std::size_t textSize, std::size_t nameLength, std::size_t count)
 {
+    EnsureEntries(1);
+    char * const text = AllocText(textSize);
     INI_KEY * const key = ::new (AllocIniEntry()) INI_KEY{nullptr, text, nameLength, count};
     INI_KEYLIST & keys = *section.keys;
     (keys.head != nullptr ? keys.tail->next : keys.head) = key;
@@ -360,11 +349,13 @@ namespace VLK::INI_Files {
 using Exceptions::CThrowState;
 using Strings::CSubStringRef;
 
-unsigned int CIniFile::Read(CSubStringRef const & file, unsigned int timeoutMs)
+/// What fails leaves nothing open.
+template <class TWork>
+unsigned int CIniFile::Begin(TWork const & work)
 {
     CThrowState state;
     try {
-        Open(file, timeoutMs);
+        work();
         return URET_OK;
     } catch (...) {
         VLK_CONTINUE(state, log);
@@ -373,87 +364,34 @@ unsigned int CIniFile::Read(CSubStringRef const & file, unsigned int timeoutMs)
     }
 }
 
-unsigned int CIniFile::Read(char const * file, unsigned int timeoutMs)
+unsigned int CIniFile::Read(CSubStringRef const & file, unsigned int timeoutMs)
 {
-    return Read(CSubStringRef(file), timeoutMs);
-}
-
-unsigned int CIniFile::Read(std::string const & file, unsigned int timeoutMs)
-{
-    return Read(CSubStringRef(file), timeoutMs);
+    return Begin([&] { Open(file, timeoutMs); });
 }
 
 unsigned int CIniFile::Read(boost::filesystem::path const & file, unsigned int timeoutMs)
 {
-    CThrowState state;
-    try {
-        return Read(file.string(), timeoutMs);
-    }
-    VLK_THROW_NEXT(state)
+    return Begin([&] { Open(file.string(), timeoutMs); });
 }
 
 unsigned int CIniFile::Lock(CSubStringRef const & file, unsigned int timeoutMs)
 {
-    CThrowState state;
-    try {
-        OpenLocked(file, timeoutMs);
-        return URET_OK;
-    } catch (...) {
-        VLK_CONTINUE(state, log);
-        CleanUp();
-        return log.tryThrow();
-    }
-}
-
-unsigned int CIniFile::Lock(char const * file, unsigned int timeoutMs)
-{
-    return Lock(CSubStringRef(file), timeoutMs);
-}
-
-unsigned int CIniFile::Lock(std::string const & file, unsigned int timeoutMs)
-{
-    return Lock(CSubStringRef(file), timeoutMs);
+    return Begin([&] { OpenLocked(file, timeoutMs); });
 }
 
 unsigned int CIniFile::Lock(boost::filesystem::path const & file, unsigned int timeoutMs)
 {
-    CThrowState state;
-    try {
-        return Lock(file.string(), timeoutMs);
-    }
-    VLK_THROW_NEXT(state)
+    return Begin([&] { OpenLocked(file.string(), timeoutMs); });
 }
 
 unsigned int CIniFile::Create(CSubStringRef const & file)
 {
-    CThrowState state;
-    try {
-        New(file);
-        return URET_OK;
-    } catch (...) {
-        VLK_CONTINUE(state, log);
-        CleanUp();
-        return log.tryThrow();
-    }
-}
-
-unsigned int CIniFile::Create(char const * file)
-{
-    return Create(CSubStringRef(file));
-}
-
-unsigned int CIniFile::Create(std::string const & file)
-{
-    return Create(CSubStringRef(file));
+    return Begin([&] { New(file); });
 }
 
 unsigned int CIniFile::Create(boost::filesystem::path const & file)
 {
-    CThrowState state;
-    try {
-        return Create(file.string());
-    }
-    VLK_THROW_NEXT(state)
+    return Begin([&] { New(file.string()); });
 }
 
 unsigned int CIniFile::Flush(unsigned int)

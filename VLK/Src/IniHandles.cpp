@@ -156,10 +156,9 @@ CIniKey CIniSection::operator[](CSubStringRef const & name) const
         CheckHandle();
         Internals::INI_KEY * key = Internals::CIniFile_::FindKey(*m_pSection, name);
         if (key == nullptr) {
-            char * const text = m_pFile->AllocText(name.size() + 2);
-            std::memcpy(text, name.data(), name.size());
-            text[name.size()] = text[name.size() + 1] = '\0';
-            key = m_pFile->AddKey(*m_pSection, text, name.size(), 0);
+            key = m_pFile->AddKey(*m_pSection, name.size() + 2, name.size(), 0);
+            std::memcpy(key->text, name.data(), name.size());
+            key->text[name.size()] = key->text[name.size() + 1] = '\0';
         }
         return CIniKey(m_pFile, m_pSection, key);
     }
@@ -468,34 +467,59 @@ void CIniList::Assign(CSubStringRef const & values, std::size_t count)
     m_uOffset = 0;
 }
 
-CIniList & CIniList::AddValue(CSubStringRef const & value)
+void CIniList::Append(CSubStringRef const & value)
 {
     if (m_nValues != 0) m_Values += '\n';
     m_Values += value;
     ++m_nValues;
     m_uIndex = m_nValues;
     m_uOffset = NoOffset;
-    return *this;
+}
+
+/// Appends the text that `make` gives.
+template <class TMake>
+CIniList & CIniList::Add(TMake const & make)
+{
+    CThrowState state;
+    std::size_t const former = m_Values.size();
+    try {
+        Append(make());
+        return *this;
+    } catch (...) {
+        VLK_CONTINUE(state, log);
+        // A text that couldn't be enlarged may be gone.
+        if (m_Values.size() >= former)
+            m_Values.Cut(former);
+        else
+            Clear();
+        log.tryThrow();
+        return *this;
+    }
+}
+
+CIniList & CIniList::AddValue(CSubStringRef const & value)
+{
+    return Add([&] { return value; });
 }
 
 CIniList & CIniList::AddValue(int value)
 {
-    return AddValue(FormatNumber(value, m_uRadix));
+    return Add([&] { return FormatNumber(value, m_uRadix); });
 }
 
 CIniList & CIniList::AddValue(unsigned int value)
 {
-    return AddValue(FormatNumber(value, m_uRadix));
+    return Add([&] { return FormatNumber(value, m_uRadix); });
 }
 
 CIniList & CIniList::AddValue(long long value)
 {
-    return AddValue(FormatNumber(value, m_uRadix));
+    return Add([&] { return FormatNumber(value, m_uRadix); });
 }
 
 CIniList & CIniList::AddValue(unsigned long long value)
 {
-    return AddValue(FormatNumber(value, m_uRadix));
+    return Add([&] { return FormatNumber(value, m_uRadix); });
 }
 
 CIniList & CIniList::operator[](std::size_t index)

@@ -133,12 +133,11 @@ void CIniFile_::ParseKey(CStringVar const & line, std::size_t separator, CString
 {
     char const * const end = line.data() + line.size();
     std::size_t const count = 1 + static_cast<std::size_t>(std::count(line.data() + separator + 1, end, ElementEnd));
-    char * const text = AllocText(line.size() + comment.size() + 1);
+    char * const text = AddKey(section, line.size() + comment.size() + 1, separator, count)->text;
     std::memcpy(text, line.data(), line.size());
     text[separator] = '\0';
     std::memcpy(text + line.size(), comment.data(), comment.size());
     text[line.size() + comment.size()] = '\0';
-    AddKey(section, text, separator, count);
 }
 
 /// A comment on its own belongs to what was read last: the section's last key, or the section.

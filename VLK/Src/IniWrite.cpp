@@ -2,11 +2,11 @@
 #include <cstring>
 
 #include "IniEntries.h"
+#include "IniWait.h"
+#include "Memory.h"
 #include "VLK/Exceptions.h"
 #include "VLK/FormatStream.h"
-#include "VLK/Functions.h"
 #include "VLK/IniFile.h"
-#include "VLK/Threads.h"
 #include "VLK/ThrowState.h"
 
 namespace VLK::Internals {
@@ -23,7 +23,6 @@ constexpr std::size_t BufferStep = 4096;
 constexpr std::size_t WrapAfter = 50;     ///< characters of values on one line
 constexpr std::size_t CommentColumn = 50; ///< behind the "=", where a short value allows it
 constexpr std::size_t LongestLineComment = 55;
-constexpr std::uint64_t BusyMs = 20;
 constexpr char const * LineEnd = "\r\n";
 constexpr char const * Continuation = "\r\n+";
 
@@ -166,29 +165,46 @@ void CIniFile_::Write()
         if (Platform::DeleteFile(std::string(m_FileName.View())) == Platform::Success) RaiseIo(Platform::LastError());
         return;
     }
+    try {
+        WriteSections();
+        ReplaceFile();
+    } catch (...) {
+        // What was written so far must not become the beginning of a later attempt.
+        ReleaseLock();
+        throw;
+    }
+}
+
+/// Into the lock file.
+void CIniFile_::WriteSections()
+{
     CChrStreamBuffer buffer(BufferStep);
     for (INI_SECTION const * section = m_pSections; section != nullptr; section = section->next) {
         if (section->keys->count == 0 && section->keys->comment == nullptr) continue;
         SektionSchreiben(buffer, *section);
+        if (buffer.HasDropped()) RaiseOutOfMemory();
         Platform::ErrorCode error = Platform::Success;
         std::size_t const written =
             Platform::WriteFile(m_LockFile.Get(), buffer.GetBuffer(), buffer.GetLength(), error);
-        if (written != buffer.GetLength()) {
-            // What was written so far must not become the beginning of a later attempt.
-            ReleaseLock();
-            RaiseIo(error);
-        }
+        if (written != buffer.GetLength()) RaiseIo(error);
         buffer.Reset();
     }
+}
+
+/// The lock file takes the place of the file, and the lock is gone with it.
+void CIniFile_::ReplaceFile()
+{
     std::string const name(m_FileName.View());
-    std::uint64_t const start = Functions::GetTickTime(1000);
+    std::string const lockName = LockName();
+    // Ends when nobody has the file open any more; on systems where that counts.
+    CFileWait const wait(CFileWait::Infinite);
     for (;;) {
         Platform::ErrorCode const error = Platform::DeleteFile(name);
         if (error == Platform::Success || error == Platform::ErrorNotFound()) break;
-        Threading::CCurrentThread().Sleep(Functions::GetTickTime(1000) - start < BusyMs ? 0 : 1);
+        wait.Again();
     }
     m_LockFile.Reset();
-    if (Platform::ErrorCode const error = Platform::MoveFile(LockName(), name); error != Platform::Success)
+    if (Platform::ErrorCode const error = Platform::MoveFile(lockName, name); error != Platform::Success)
         RaiseIo(error);
     Platform::MakePrivate(name);
 }

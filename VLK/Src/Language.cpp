@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 
+#include "FileStream.h"
 #include "Memory.h"
 #include "Platform/Error.h"
 #include "Platform/File.h"
@@ -16,6 +17,7 @@
 
 namespace VLK::Language_Support {
 
+using Internals::CFile;
 using Strings::CStringVar;
 using Strings::CSubStringRef;
 using Strings::TString;
@@ -26,11 +28,6 @@ constexpr std::uint32_t Magic = 0x25031961;
 constexpr std::size_t FileHeaderSize = 12;
 constexpr std::size_t LanguageHeaderSize = 48;
 constexpr std::size_t NameSize = 32;
-
-struct SFileCloser {
-    void operator()(std::FILE * file) const noexcept { std::fclose(file); }
-};
-using CFile = std::unique_ptr<std::FILE, SFileCloser>;
 
 /// Turns one state into another at the end of a scope, unless it has become a third one.
 struct SStateEnd {

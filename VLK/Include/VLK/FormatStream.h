@@ -109,6 +109,8 @@ public:
 
     CFormatStream(CBuffer & buffer, char const * format);
     CFormatStream(CFormatStream const & other);
+    /// The former buffer sees this stream's end, without the rest of its format. Raises "Out of memory"; both streams
+    /// are dead then.
     CFormatStream & operator=(CFormatStream const & other);
     /// Writes the rest of the format. Raises what writing raises, unless an exception is under way.
     virtual ~CFormatStream() noexcept(false);
@@ -202,7 +204,10 @@ private:
     template <class TUnsigned>
     char * Digits(TUnsigned value, char (&buffer)[DigitRoom]);
     void InsertPlaced(char const * text, std::size_t n, unsigned int maxParameters);
+    template <class TWork>
+    void Construct(TWork const & work);
     void OwnFormat(char const * format);
+    void SignalEnd();
     void Close();
     void WriteRest();
     void BeginPlaceholder();
@@ -257,6 +262,8 @@ public:
     /// Null before the first text.
     char * GetBuffer() const noexcept { return m_pBlock; }
     std::size_t GetLength() const noexcept { return m_uLength; }
+    /// Whether text is missing for want of memory; until Reset.
+    bool HasDropped() const noexcept { return m_bDropped; }
     /// Frees a block of its own and forgets an external one.
     void Release() noexcept;
     /// Hands the block out; the receiver frees it with free().
@@ -274,6 +281,7 @@ private:
     std::size_t m_uStep;
     std::size_t m_uMaximum;
     char * m_pBlock;
+    bool m_bDropped;
 };
 
 } // namespace Output_Streams

@@ -53,7 +53,13 @@ protected:
     void Open(Strings::CSubStringRef const & file, unsigned int timeoutMs);
     void OpenLocked(Strings::CSubStringRef const & file, unsigned int timeoutMs);
     void New(Strings::CSubStringRef const & file);
+    template <class TAttempt>
+    void Await(Strings::CSubStringRef const & file, unsigned int timeoutMs, TAttempt const & attempt);
+    /// Makes the lock file. False when another process has it.
+    bool TakeLock();
     void Write();
+    void WriteSections();
+    void ReplaceFile();
 
     void ScanFile(std::FILE * file, bool keepComments);
     void ParseLines(char * text, bool keepComments);
@@ -71,7 +77,8 @@ protected:
     INI_SECTION * Find(Strings::CSubStringRef const & name, Strings::CSubStringRef const & comment);
     INI_SECTION * FindExisting(Strings::CSubStringRef const & name) const noexcept;
     static INI_KEY * FindKey(INI_SECTION const & section, Strings::CSubStringRef const & name) noexcept;
-    INI_KEY * AddKey(INI_SECTION & section, char * text, std::size_t nameLength, std::size_t count);
+    /// A key at the end of the section, with room for its text, which the caller fills in.
+    INI_KEY * AddKey(INI_SECTION & section, std::size_t textSize, std::size_t nameLength, std::size_t count);
     void RemoveKey(INI_SECTION & section, INI_KEY * key) noexcept;
     void RemoveSection(INI_SECTION * section) noexcept;
     void ReplaceValue(INI_KEY & key, Strings::CSubStringRef const & value, std::size_t count);
@@ -87,7 +94,9 @@ protected:
     static void WertZusammenstellen(Strings::CStringVar & line, Strings::CSubStringRef const & values);
 
     void NewArena(std::size_t room, std::size_t textSize);
-    INI_ENTRY * AllocIniEntry();
+    /// Makes sure that n entries can be had without failure, so that what is made with them needn't be taken back.
+    void EnsureEntries(std::size_t n);
+    INI_ENTRY * AllocIniEntry() noexcept;
     void FreeIniEntry(void * entry) noexcept;
     void AddFreeEntries(SBlock & block) noexcept;
     char * AllocText(std::size_t size);
@@ -97,6 +106,7 @@ protected:
     void ReleaseLock() noexcept;
     std::string LockName() const;
     [[noreturn]] void RaiseIo(std::uint32_t error);
+    [[noreturn]] void RaiseNotFound();
 
     char * m_pArena;
     char * m_pArenaNext;  ///< texts are put here ...
@@ -120,7 +130,8 @@ class VLK_API CIniList {
 public:
     CIniList() noexcept : m_nValues(0), m_uIndex(0), m_uOffset(NoOffset), m_uRadix(10) {}
 
-    /// Append. The list must be positioned before it is read again.
+    /// Append. The list must be positioned before it is read again. Raise "Out of memory"; the list is unchanged
+    /// then, or empty if it was long.
     CIniList & AddValue(int value);
     CIniList & AddValue(unsigned int value);
     CIniList & AddValue(long long value);
@@ -154,6 +165,9 @@ private:
     static constexpr std::size_t NoOffset = ~std::size_t{0};
 
     Strings::CSubStringRef Take();
+    template <class TMake>
+    CIniList & Add(TMake const & make);
+    void Append(Strings::CSubStringRef const & value);
     template <class T>
     unsigned int GetNumber(T & value);
     void Assign(Strings::CSubStringRef const & values, std::size_t count);
@@ -188,7 +202,8 @@ public:
 
     /// Without a value: clear the target and raise "Could not find key in INI-file". A list where one value is asked
     /// for raises "INI-key is a comma separated list", a text that is no number "Bad character (conversation string ->
-    /// number)"; those two with an error code of 0 in their records. Numbers: "0x" hexadecimal, leading "0" octal.
+    /// number)"; those two with an error code of 0 in their records. Numbers: "0x" hexadecimal, leading "0" octal; what
+    /// is too large for the type becomes its limit.
     unsigned int GetValue(int & value) const;
     unsigned int GetValue(unsigned int & value) const;
     unsigned int GetValue(long long & value) const;
@@ -292,22 +307,36 @@ public:
     /// I/O-error", "Timeout during INI-file access" (error code 0 in the record), "Out of memory".
     unsigned int Read(Strings::CSubStringRef const & file, unsigned int timeoutMs);
     unsigned int Read(boost::filesystem::path const & file, unsigned int timeoutMs);
-    unsigned int Read(std::string const & file, unsigned int timeoutMs);
-    unsigned int Read(char const * file, unsigned int timeoutMs);
+    unsigned int Read(std::string const & file, unsigned int timeoutMs)
+    {
+        return Read(Strings::CSubStringRef(file), timeoutMs);
+    }
+    unsigned int Read(char const * file, unsigned int timeoutMs)
+    {
+        return Read(Strings::CSubStringRef(file), timeoutMs);
+    }
     /// Loads a file for writing, with its comments, and keeps others from writing until Flush or the object's end.
     /// Raises the same; the timeout is for another's lock.
     unsigned int Lock(Strings::CSubStringRef const & file, unsigned int timeoutMs);
     unsigned int Lock(boost::filesystem::path const & file, unsigned int timeoutMs);
-    unsigned int Lock(std::string const & file, unsigned int timeoutMs);
-    unsigned int Lock(char const * file, unsigned int timeoutMs);
+    unsigned int Lock(std::string const & file, unsigned int timeoutMs)
+    {
+        return Lock(Strings::CSubStringRef(file), timeoutMs);
+    }
+    unsigned int Lock(char const * file, unsigned int timeoutMs)
+    {
+        return Lock(Strings::CSubStringRef(file), timeoutMs);
+    }
     /// Begins an empty file for writing. Raises "Can't access INI-file due to an I/O-error" also when it is locked.
     unsigned int Create(Strings::CSubStringRef const & file);
     unsigned int Create(boost::filesystem::path const & file);
-    unsigned int Create(std::string const & file);
-    unsigned int Create(char const * file);
-    /// Writes the file anew, readable by its owner alone, and releases the lock. Raises "INI-file is not opened for
-    /// writing"; "Can't access INI-file due to an I/O-error", also when there is no section at all, the lock being
-    /// gone then. The number is of no meaning.
+    unsigned int Create(std::string const & file) { return Create(Strings::CSubStringRef(file)); }
+    unsigned int Create(char const * file) { return Create(Strings::CSubStringRef(file)); }
+    /// Writes the file anew, readable by its owner alone, and releases the lock. Waits without limit while the former
+    /// file can't be removed, as long as somebody has it open where that counts; CThread::Cancel ends the wait. Raises
+    /// "INI-file is not opened for writing"; "Out of memory"; "Can't access INI-file due to an I/O-error", also when
+    /// there is no section at all. Behind a failure the lock is gone and the former file is as it was, but for a
+    /// failure of the renaming itself: the new version is left in the lock file then. The number is of no meaning.
     unsigned int Flush(unsigned int);
 
     /// Number of sections.
@@ -320,6 +349,10 @@ public:
     CIniSection operator[](boost::filesystem::path const & name);
     CIniSection operator[](std::string const & name) { return (*this)[Strings::CSubStringRef(name)]; }
     CIniSection operator[](char const * name) { return (*this)[Strings::CSubStringRef(name)]; }
+
+private:
+    template <class TWork>
+    unsigned int Begin(TWork const & work);
 };
 
 } // namespace VLK::INI_Files
