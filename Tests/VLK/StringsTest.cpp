@@ -738,6 +738,27 @@ TEST_F(StringsTest, AboveSixtyFourMebibytesEveryGrowthRaisesEvenWithRoomLeft)
     ASSERT_NE(nullptr, text.Lock(0x4000001, 0));
     ASSERT_GT(text.Capacity(), 0x4000000u);
     EXPECT_EQ(0x20010036u, RaisedBy([&] { text.Lock(1, 0); }));
+    EXPECT_EQ(0x20010036u, RaisedBy([&] { text += "C string"; }));
+}
+
+TEST_F(StringsTest, AppendingAViewOrACharacterThatFitsAsksNothingOfTheLimit)
+{
+    CStringVar text;
+    ASSERT_NE(nullptr, text.Lock(0x4000001, 0));
+    text.Unlock(0);
+    text += CSubStringRef("abc", 2);
+    text += 'c';
+    EXPECT_EQ("abc", Text(text));
+}
+
+TEST_F(StringsTest, AppendingAViewThatFitsKeepsTheHeapBlockOfAnEmptiedText)
+{
+    TString<32> text = Filled<32>(40);
+    char const * const block = text.data();
+    text = Misc::CNull();
+    text += CSubStringRef("abc");
+    EXPECT_EQ(block, text.data());
+    EXPECT_EQ("abc", Text(text));
 }
 
 // Handles and functions

@@ -75,6 +75,12 @@ bool CExceptionBuffer::Reserve(std::size_t n) noexcept
     return n <= room || ERRLOG_DATA::Grow(m_pData, n - room, 0);
 }
 
+void CExceptionBuffer::DropForgotten() noexcept
+{
+    if (m_pThread == nullptr || std::uncaught_exceptions() != 0 || std::current_exception() != nullptr) return;
+    ERRLOG_DATA::FreeChain(std::exchange(m_pThread->m_pPending, nullptr));
+}
+
 void CExceptionBuffer::MakePending() noexcept
 {
     ERRLOG_DATA * const data = std::exchange(m_pData, nullptr);
@@ -82,10 +88,7 @@ void CExceptionBuffer::MakePending() noexcept
         ERRLOG_DATA::Free(data);
         return;
     }
-    // Where no exception is under way or being handled, older records belong to exceptions whose handlers didn't ask
-    // for them: nobody ever will.
-    if (std::uncaught_exceptions() == 0 && std::current_exception() == nullptr)
-        ERRLOG_DATA::FreeChain(std::exchange(m_pThread->m_pPending, nullptr));
+    DropForgotten();
     data->next = m_pThread->m_pPending;
     m_pThread->m_pPending = data;
 }
@@ -154,8 +157,9 @@ CFormatStreamCurrExc CException::prepareThrow(std::uint32_t code, SOURCE_INFO co
 void CException::tryThrow()
 {
     if (m_pData == nullptr) {
-        if (m_bNoMemory) ThrowObject();
-        return;
+        if (!m_bNoMemory) return;
+        DropForgotten(); // or the handler would take one of them for this error's
+        ThrowObject();
     }
     if (m_uColumn != 0 || m_pData->textLength > 1) {
         // Settled: the message begins behind its first character.

@@ -119,13 +119,19 @@ unsigned int CStringVar::GrowBlock(std::size_t newSize)
 
 unsigned int CStringVar::GrowTarget(std::size_t need)
 {
-    CStringVar & target = *static_cast<CStringAlias *>(this)->m_pTarget;
-    target.m_uLength = m_uLength;
-    unsigned int const result = target.Alloc(need);
-    m_pData = target.m_pData;
-    m_uCapacity = target.m_uCapacity;
-    if (result == URET_Error) m_uLength = target.m_uLength;
-    return result;
+    // Also a growth that raises may have changed the target: its text can be gone, and the block with it.
+    struct SFollow {
+        ~SFollow()
+        {
+            alias.m_pData = target.m_pData;
+            alias.m_uCapacity = target.m_uCapacity;
+            alias.m_uLength = target.m_uLength;
+        }
+        CStringVar & alias;
+        CStringVar & target;
+    } const follow{*this, *static_cast<CStringAlias *>(this)->m_pTarget};
+    follow.target.m_uLength = m_uLength;
+    return follow.target.Alloc(need);
 }
 
 void CStringVar::ReturnInline() noexcept
@@ -240,10 +246,13 @@ CStringVar & CStringVar::operator=(Internals::CFormatResortBuffer & text)
 
 CStringVar & CStringVar::operator+=(CSubStringRef const & text)
 {
-    if (!IsReference() && text.size() <= m_uCapacity - m_uLength)
-        Append(text.data(), text.size());
-    else if (text.size() != 0)
+    if (!IsReference() && text.size() <= m_uCapacity - m_uLength) {
+        // Where the room does, nothing is asked of Alloc: neither its limit nor its way back into the object counts.
+        std::memmove(Data() + m_uLength, text.data(), text.size());
+        SetLength(m_uLength + text.size());
+    } else if (text.size() != 0) {
         AllocCopy(text.data(), text.size());
+    }
     return *this;
 }
 
@@ -321,7 +330,7 @@ void CStringVar::Set(char c, std::size_t n)
 {
     if (n == POSERR) n = m_uLength;
     if (n == 0) return;
-    if (n > m_uCapacity ? Alloc(n) == URET_Error : OwnText() == URET_Error) return;
+    if (n > m_uCapacity && Alloc(n) == URET_Error) return;
     std::memset(Data(), c, n);
     if (n > m_uLength) SetLength(n);
 }

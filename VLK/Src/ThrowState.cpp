@@ -69,8 +69,7 @@ CException CThrowState::StartException(unsigned int line) noexcept
 CExceptionLog CThrowState::ContinueException(SOURCE_INFO const & source) noexcept
 {
     if (Bind()) SetDisabled(1);
-    AdoptForeignException(source.line);
-    return TakePending(source, m_uSaved);
+    return TakeRecord(source, m_uSaved);
 }
 
 CExceptionLog CThrowState::ContinueException(CThrowGuard & guard, SOURCE_INFO const & source) noexcept
@@ -88,14 +87,14 @@ unsigned int CThrowState::ThrowNext(SOURCE_INFO const & source)
 void CThrowState::EndException(SOURCE_INFO const & source) noexcept
 {
     Bind();
-    AdoptForeignException(source.line);
-    const CExceptionLog log = TakePending(source, 0);
+    const CExceptionLog log = TakeRecord(source, 0);
 }
 
-CExceptionLog CThrowState::TakePending(SOURCE_INFO const & source, unsigned int saved) noexcept
+/// The record of the exception that is being handled; none where its record found no memory.
+CExceptionLog CThrowState::TakeRecord(SOURCE_INFO const & source, unsigned int saved) noexcept
 {
     ERRLOG_DATA * data = nullptr;
-    if (m_pThread != nullptr && m_pThread->m_pPending != nullptr) {
+    if (AdoptForeignException(source.line) && m_pThread != nullptr && m_pThread->m_pPending != nullptr) {
         data = m_pThread->m_pPending;
         m_pThread->m_pPending = data->next;
     }
@@ -152,18 +151,21 @@ void StoreOriginText(ERRLOG_DATA & data, char const * text) noexcept
 
 } // namespace
 
-void CThrowState::AdoptForeignException(unsigned int line) noexcept
+/// Makes a record for an exception of the C++ library. False when there is no memory for it: what lies on the pending
+/// chain then belongs to other exceptions.
+bool CThrowState::AdoptForeignException(unsigned int line) noexcept
 {
-    if (std::current_exception() == nullptr) return;
+    if (std::current_exception() == nullptr) return true;
     const SForeignError foreign = DescribeCurrentException();
-    if (foreign.code == 0 || m_pThread == nullptr) return;
+    if (foreign.code == 0 || m_pThread == nullptr) return true;
     ERRLOG_DATA * const data = ERRLOG_DATA::New(line);
-    if (data == nullptr) return;
+    if (data == nullptr) return false;
     data->error = foreign.code;
     data->native = foreign.native;
     StoreOriginText(*data, foreign.text);
     data->next = m_pThread->m_pPending;
     m_pThread->m_pPending = data;
+    return true;
 }
 
 CThrowGuard::~CThrowGuard()

@@ -43,6 +43,9 @@ protected:
     void Terminate() noexcept;
     /// Room for n more characters and a NUL behind the text; false when it can't be had.
     bool Reserve(std::size_t n) noexcept;
+    /// Where no exception is under way or being handled, the records on the pending chain belong to exceptions whose
+    /// handlers didn't ask for them: nobody ever will.
+    void DropForgotten() noexcept;
     /// Puts the record on the thread's pending chain.
     void MakePending() noexcept;
 

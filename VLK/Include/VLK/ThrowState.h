@@ -147,8 +147,8 @@ private:
     void Restore() noexcept;
     bool Bind() noexcept;
     unsigned int SetDisabled(unsigned int disabled) noexcept;
-    void AdoptForeignException(unsigned int line) noexcept;
-    CExceptionLog TakePending(SOURCE_INFO const & source, unsigned int saved) noexcept;
+    bool AdoptForeignException(unsigned int line) noexcept;
+    CExceptionLog TakeRecord(SOURCE_INFO const & source, unsigned int saved) noexcept;
 
     CThrowState * m_pSelf;            ///< this, or null until bound to a thread
     Internals::CThreadCB * m_pThread; ///< counted; null when the thread can't have a block
