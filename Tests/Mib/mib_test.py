@@ -136,10 +136,10 @@ NOTIFICATIONS = ["kxrEventUndefined", "kxrEventConnected", "kxrEventDisconnected
                  "kxrEventTestTrap"]
 
 
-def tool(*command):
+def tool(*command, mibs="KESTRIX-RAID-MIB"):
     with tempfile.TemporaryDirectory() as state:
         os.mkdir(os.path.join(state, "cert_indexes"))  # or the tools say on standard error that they made it
-        environment = dict(os.environ, SNMPCONFPATH=state, SNMP_PERSISTENT_DIR=state, MIBS="KESTRIX-RAID-MIB",
+        environment = dict(os.environ, SNMPCONFPATH=state, SNMP_PERSISTENT_DIR=state, MIBS=mibs,
                            MIBDIRS=SMI_FOLDER + ":" + MIB_FOLDER, SMIPATH=SMI_FOLDER + ":" + MIB_FOLDER)
         done = subprocess.run(command, capture_output=True, text=True, timeout=30, env=environment)
     return done.stdout, done.stderr
