@@ -93,6 +93,8 @@ SCommand ReadCommandLine(int argc, char const * const * argv, std::string const 
         ->type_name("SECONDS")
         ->capture_default_str()
         ->check(CLI::Range(0.0, kMaxSeconds));
+    app.add_flag("--log-traps", options.logTraps,
+                 "Log each trap that is sent, with its name where MIBS names a module that has it");
     app.add_flag("--check", options.check, "Check the configuration and the libraries, say so, and end");
 
     try {

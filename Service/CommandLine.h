@@ -19,6 +19,7 @@ struct SOptions {
     std::string systemDirectory;
     std::uint64_t answerWithinMs = 4000;
     std::uint64_t watchdogMs = 120000; ///< 0: never
+    bool logTraps = false;
     bool check = false;
 };
 

@@ -19,11 +19,11 @@ constexpr std::uint64_t kCallsAtOnceMs = 2;
 } // namespace
 
 CLoop::CLoop(std::vector<std::unique_ptr<CExtensionLibrary>> const & libraries, SLoopTimes times,
-             Platform::CWakeUp const & wakeUp, bool isSubagent)
+             Platform::CWakeUp const & wakeUp, STrapOptions traps)
     : m_times(times),
       m_wakeUp(wakeUp),
-      m_isSubagent(isSubagent),
-      m_traps(isSubagent),
+      m_isSubagent(traps.isSubagent),
+      m_traps(traps),
       m_nowMs(Platform::MonotonicMs()),
       m_lifeEveryMs(Platform::SupervisorWatchdogMs() / 2)
 {

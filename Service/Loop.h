@@ -37,7 +37,7 @@ inline constexpr int kWatchdogStatus = 75;
 class CLoop {
 public:
     CLoop(std::vector<std::unique_ptr<CExtensionLibrary>> const & libraries, SLoopTimes times,
-          Platform::CWakeUp const & wakeUp, bool isSubagent);
+          Platform::CWakeUp const & wakeUp, STrapOptions traps);
 
     /// Gives the job to the extension's queue, or answers it at once when that is full.
     void Submit(CExtensionLibrary const & library, JobPtr job);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Translate.h"
+#include "TrapText.h"
 
 namespace Service {
 
@@ -81,6 +82,13 @@ void CNotification::Add(ArcView name, CValue const & value)
     netsnmp_variable_list * variable = Append(name);
     // A value that isn't usable goes as Null, so that the others keep their places.
     if (variable != nullptr && value.IsUsable()) PutValue(*variable, value);
+}
+
+std::string CNotification::Text() const
+{
+    netsnmp_variable_list const * const name = m_first == nullptr ? nullptr : m_first->next_variable;
+    if (name == nullptr || name->type != Wire::ObjectId) return "without a name"; // there was no memory for it
+    return TrapText(name->val.objid, name->val_len / sizeof(oid));
 }
 
 void CNotification::SendToSinks() const

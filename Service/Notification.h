@@ -3,6 +3,7 @@
 
 #include "NetSnmp.h"
 
+#include <string>
 #include <utility>
 
 #include "TrapQuery.h"
@@ -25,6 +26,8 @@ public:
     CNotification & operator=(CNotification const &) = delete;
     ~CNotification() { snmp_free_varbind(m_first); }
 
+    /// Its OID and, where one is known, its name (TrapText).
+    std::string Text() const;
     /// Sends it to the receivers that this process knows.
     void SendToSinks() const;
     /// Sends it to the AgentX master, whose answer goes to `answered` with `argument` and the number that is

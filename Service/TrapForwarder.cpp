@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Log.h"
+
 namespace Service {
 
 /// The call that takes traps out of an extension; it queues with the requests.
@@ -71,11 +73,17 @@ void CTrapForwarder::SendOldest()
     if (m_sentToSinks != 0)
         --m_sentToSinks;
     else
-        notification.SendToSinks();
+        SendFirst(notification);
     if (!m_isSubagent) return;
     // One that couldn't be sent keeps its place; the session is about to end then.
     const int number = notification.SendToMaster(m_master, OnAnswer, this);
     m_unanswered.push_back({number, std::move(notification)});
+}
+
+void CTrapForwarder::SendFirst(CNotification const & notification) const
+{
+    if (m_logsTraps) CLog::Write(EPriority::Info, "trap " + notification.Text());
+    notification.SendToSinks();
 }
 
 void CTrapForwarder::SendLast(SEntryPoints const & extension)

@@ -12,6 +12,11 @@
 
 namespace Service {
 
+struct STrapOptions {
+    bool isSubagent; ///< there is an AgentX master to send to
+    bool logsTraps;  ///< a trap becomes a line of the log when it is sent for the first time
+};
+
 /// Turns the traps of extensions into notifications: in their order, a few at a time so that the master and the
 /// receivers keep up, and only while there is somebody to send them to. Traps that can't go yet stay with their
 /// extension, except the few already taken. A master answers each notification; what it hasn't answered when its
@@ -26,7 +31,7 @@ public:
     /// Rest between two batches, for receivers on datagrams, which nobody holds back otherwise.
     static constexpr std::uint64_t kRestMs = 10;
 
-    explicit CTrapForwarder(bool isSubagent) : m_isSubagent(isSubagent) {}
+    explicit CTrapForwarder(STrapOptions options) : m_isSubagent(options.isSubagent), m_logsTraps(options.logsTraps) {}
     CTrapForwarder(CTrapForwarder const &) = delete;
     CTrapForwarder & operator=(CTrapForwarder const &) = delete;
 
@@ -53,11 +58,13 @@ private:
     bool CanSend() const noexcept;
     void SendBatch(std::uint64_t nowMs);
     void SendOldest();
+    void SendFirst(CNotification const & notification) const;
     void AskForMore();
     void Take(CWorkQueue & queue, CTrapQuery & query);
     static int OnAnswer(int operation, netsnmp_session *, int number, netsnmp_pdu *, void * forwarder) noexcept;
 
     const bool m_isSubagent;
+    const bool m_logsTraps;
     netsnmp_session * m_master = nullptr;
     std::deque<CNotification> m_waiting;   ///< taken and not yet sent
     std::size_t m_sentToSinks = 0;         ///< of those, the first so many have only the master left

@@ -98,7 +98,7 @@ private:
         for (auto const & library : m_libraries)
             if (!library->Start(uptimeReference, error)) return false;
         m_loop = std::make_unique<CLoop>(m_libraries, SLoopTimes{m_options.answerWithinMs, m_options.watchdogMs},
-                                         m_wakeUp, !m_options.agentX.empty());
+                                         m_wakeUp, STrapOptions{!m_options.agentX.empty(), m_options.logTraps});
         if (m_master != nullptr) m_loop->SetMaster(m_master);
         return RegisterRegions(error);
     }

@@ -24,6 +24,7 @@ TEST(CommandLineTest, DefaultsAreTheDocumentedOnes)
     EXPECT_EQ(4000u, command.options.answerWithinMs);
     EXPECT_EQ(120000u, command.options.watchdogMs);
     EXPECT_FALSE(command.options.check);
+    EXPECT_FALSE(command.options.logTraps);
 }
 
 TEST(CommandLineTest, LibrariesAndSinksMayBeRepeated)

@@ -12,8 +12,8 @@ WRITERS = "rwcommunity private 127.0.0.1\n"
 
 
 class TrapTest(SnmpTest):
-    def start(self, *arguments, config=""):
-        self.start_service("--config", self.file("service.conf", WRITERS + config), *arguments)
+    def start(self, *arguments, config="", **settings):
+        self.service = self.start_service("--config", self.file("service.conf", WRITERS + config), *arguments, **settings)
         self.writer = self.manager(community="private")
 
     def burst(self, count):
@@ -55,6 +55,34 @@ class TrapTest(SnmpTest):
         self.assertEqual((0, "one", REGION + (2,), 6, 7),
                          (old.version, old.community, old.enterprise, old.generic, old.specific))
         self.assertEqual((1, "public"), (new.version, new.community))
+
+    def logged(self, service):
+        return [line for line in service.errors().splitlines() if line.startswith("kxra-snmpd: trap ")]
+
+    def test_a_trap_is_logged_only_where_that_is_asked_for(self):
+        receiver = self.receiver()
+        self.start("--trap-sink", receiver.address)
+        self.burst(1)
+        self.assertTrue(holds_within(lambda: receiver.messages))
+        self.service.stop()
+        self.assertEqual([], self.logged(self.service))
+
+    def test_each_trap_is_one_line_of_the_log_without_a_name_as_long_as_none_is_known(self):
+        self.start("--log-traps")
+        self.burst(40)
+        self.assertTrue(holds_within(lambda: len(self.logged(self.service)) >= 40))
+        self.assertEqual(["kxra-snmpd: trap " + dotted(REGION + (2, 0, 7))] * 40, self.logged(self.service))
+
+    def test_a_logged_trap_has_the_name_that_a_module_of_the_extension_gives_it(self):
+        for arcs, name in ((REGION + (2, 0, 7), " (FAKE-MIB::fakeTrap)"), (REGION + (2, 0), ""),
+                           (REGION + (2, 0, 7, 0), "")):
+            with self.subTest(arcs=arcs):
+                self.file("FAKE-MIB.txt", "FAKE-MIB DEFINITIONS ::= BEGIN\n"
+                          "fakeTrap OBJECT IDENTIFIER ::= { " + " ".join(("iso",) + tuple(map(str, arcs[1:]))) + " }\nEND\n")
+                self.start("--log-traps", MIBS="FAKE-MIB", MIBDIRS=self.directory)
+                self.burst(1)
+                self.assertTrue(holds_within(lambda: self.logged(self.service)), self.service.errors())
+                self.assertEqual(["kxra-snmpd: trap " + dotted(REGION + (2, 0, 7)) + name], self.logged(self.service))
 
     def test_snmptrapd_understands_them(self):
         port = free_port()

@@ -253,8 +253,9 @@ class Process:
         return self.process.pid
 
     def errors(self):
-        self.error_file.seek(0)
-        return self.error_file.read().decode(errors="replace")
+        # Read without moving the file's position, which is where the program goes on writing.
+        number = self.error_file.fileno()
+        return os.pread(number, os.fstat(number).st_size, 0).decode(errors="replace")
 
     def is_running(self):
         return self.process.poll() is None
