@@ -1,6 +1,7 @@
 #include "Tools/Server.h"
 
 #include "Tools/FailureText.h"
+#include "Tools/Names.h"
 #include "VLK/Delegates.h"
 
 namespace Coresim {
@@ -82,6 +83,11 @@ void CServer::Notify(std::uint64_t mask)
 
 void CServer::Deliver(SNMP::ORBA_EVENTINFO const & event)
 {
+    if (!DeliverToSessions(event)) m_report.Say("event " + EventText(event.TrapId) + " waits for an agent");
+}
+
+bool CServer::DeliverToSessions(SNMP::ORBA_EVENTINFO const & event)
+{
     const std::lock_guard lock(m_lock);
     bool delivered = false;
     for (CSession & session : m_sessions) {
@@ -90,6 +96,7 @@ void CServer::Deliver(SNMP::ORBA_EVENTINFO const & event)
         delivered = true;
     }
     if (!delivered) m_kept.push_back(event);
+    return delivered;
 }
 
 std::size_t CServer::DropAll()

@@ -45,6 +45,8 @@ public:
 private:
     void Run();
     void Admit(std::uint64_t handle);
+    /// False: there was no agent, and the event is kept.
+    bool DeliverToSessions(SNMP::ORBA_EVENTINFO const & event);
 
     CEstate & m_estate;
     CReport & m_report;

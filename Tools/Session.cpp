@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Tools/FailureText.h"
+#include "Tools/Names.h"
 #include "VLK/Delegates.h"
 #include "VLK/Waiter.h"
 
@@ -19,6 +20,8 @@ constexpr unsigned int kInterfaceVersion = 267;
 constexpr unsigned int kRefusingVersion = 0;
 /// Version of the records' layout.
 constexpr int kRecordVersion = 1;
+/// What every request gets.
+constexpr unsigned int kSuccess = 0;
 /// Milliseconds for one blocking step of a conversation: an agent that stops in the middle is given up.
 constexpr unsigned int kPatience = 30000;
 
@@ -178,8 +181,7 @@ void CSession::Answer(std::uint32_t request)
     int agentVersion = 0;
     m_stream >> agentVersion;
     if (request == RequestProgress) return AnswerProgress();
-    unsigned int const accepted = 0;
-    m_stream.SendAck(accepted);
+    m_stream.SendAck(kSuccess);
     m_stream << kRecordVersion;
     std::string what = "request " + std::to_string(request);
     for (SAnswer const & answer : kAnswers) {
@@ -187,9 +189,15 @@ void CSession::Answer(std::uint32_t request)
         answer.write(m_estate, m_stream);
         what += std::string(": ") + answer.name;
     }
-    if (request == RequestEvents) what += ": " + std::to_string(WriteEvents()) + " event(s)";
+    std::deque<SNMP::ORBA_EVENTINFO> events;
+    if (request == RequestEvents) {
+        events = WriteEvents();
+        what += ": " + std::to_string(events.size()) + " event(s)";
+    }
     m_stream.EndAck();
-    Say(what);
+    Say(what + "; result " + ResultText(kSuccess));
+    for (SNMP::ORBA_EVENTINFO const & event : events)
+        Say("was sent event " + EventText(event.TrapId));
 }
 
 void CSession::AnswerProgress()
@@ -198,13 +206,13 @@ void CSession::AnswerProgress()
     int drive = 0;
     m_stream >> controller >> drive;
     int const value = m_estate.Progress(controller, drive);
-    m_stream.SendAck(0);
+    m_stream.SendAck(kSuccess);
     m_stream << kRecordVersion << value;
     m_stream.EndAck();
     Say("progress of drive " + std::to_string(controller) + "." + std::to_string(drive) + ": " + std::to_string(value));
 }
 
-std::size_t CSession::WriteEvents()
+std::deque<SNMP::ORBA_EVENTINFO> CSession::WriteEvents()
 {
     std::deque<SNMP::ORBA_EVENTINFO> events;
     {
@@ -214,7 +222,7 @@ std::size_t CSession::WriteEvents()
     m_stream << static_cast<int>(events.size());
     for (SNMP::ORBA_EVENTINFO const & event : events)
         event.writeData(m_stream);
-    return events.size();
+    return events;
 }
 
 void CSession::Say(std::string const & text)

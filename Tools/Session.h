@@ -47,7 +47,8 @@ private:
     bool ServeRequest();
     void Answer(std::uint32_t request);
     void AnswerProgress();
-    std::size_t WriteEvents();
+    /// Returns what it has written.
+    std::deque<SNMP::ORBA_EVENTINFO> WriteEvents();
     void Say(std::string const & text);
 
     std::string const m_name;

@@ -23,7 +23,8 @@ class StartTest(SnmpTest):
         text = self.run_service("--help")
         self.assertEqual((0, ""), (text.returncode, text.stderr))
         for option in ("--library", "--listen", "--agentx", "--community", "--trap-sink", "--config", "--registry",
-                       "--system-directory", "--answer-within", "--watchdog", "--check", "--version", "--help"):
+                       "--system-directory", "--answer-within", "--watchdog", "--log-traps", "--check",
+                       "--version", "--help"):
             self.assertIn(option, text.stdout)
 
     def test_an_unknown_option_is_one_line_and_a_status(self):

@@ -143,6 +143,21 @@ class Program(unittest.TestCase):
             self.assertEqual("kxra-coresim: Overall: 'many' is no number\n", core.process.stderr.read())
 
 
+    def test_events_and_results_bear_their_names(self):
+        shown = ["10022 (DISK_OFFLINE)", "5 (TEST_TRAP)", "77"]
+        with Coresim() as core:
+            for event in shown:
+                core.say("event " + event.split()[0])
+                self.assertEqual("event " + event + " waits for an agent", core.expect("waits"))
+            with core.connect() as agent:
+                agent.sendall(HELLO)
+                self.assertEqual(ACCEPTED + b"\x03", receive(agent, 4))
+                agent.sendall(bytes.fromhex("8809c101"))
+                self.assertEqual("agent 1 request 9: 3 event(s); result 0 (SUCCESS)", core.expect("request 9"))
+                for event in shown:
+                    self.assertEqual("agent 1 was sent event " + event, core.expect("was sent"))
+
+
 class Wire(unittest.TestCase):
     def test_the_first_conversation_byte_for_byte(self):
         with Coresim("--controllers", "1", "--drives", "0", "--devices", "0") as core, core.connect() as agent:
