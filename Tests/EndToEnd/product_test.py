@@ -3,6 +3,7 @@ real SNMP tools. What the managers must see is worked out here from the scenario
 the agent."""
 import os
 import queue
+import re
 import signal
 import socket
 import subprocess
@@ -11,6 +12,7 @@ import unittest
 import xml.etree.ElementTree as ElementTree
 
 import snmp_harness
+from event_names import full_name, read_events
 from mib_test import OBJECTS
 from snmp_harness import REGION, SNMP_TRAP_OID, SYS_DESCR, SnmpTest, dotted, free_port, holds_within
 
@@ -120,6 +122,22 @@ class ProductTest(SnmpTest):
         service = self.start_service("--registry", self.configure(core.port), *arguments, library=library, **options)
         return service
 
+    def load_modules(self, names):
+        """Lets the tools that are started from now on know these modules."""
+        self.environment.update(MIBS=names, MIBDIRS=os.environ["KXRA_SMI_FOLDER"] + ":" + os.environ["KXRA_MIB_FOLDER"])
+
+    def start_snmptrapd(self, *arguments):
+        """A receiver that prints what it takes; its address."""
+        address = f"udp:127.0.0.1:{free_port()}"
+        config = self.file("snmptrapd.conf", "authCommunity log public\n")
+        with open(self.file("received"), "w") as log:
+            self.launch(["snmptrapd", "-f", "-Lo", "-n", "-C", "-c", config, *arguments, address], stdout=log)
+        return address
+
+    def received(self):
+        with open(self.file("received")) as text:
+            return text.read()
+
     def wait_for_estate(self, manager=None):
         manager = manager or self.manager()
         last = REGION + (1, 6, 3, 1, 8)
@@ -156,8 +174,7 @@ class EstateTest(ProductTest):
             self.assertEqual(one, manager.walk(REGION, repetitions))
 
     def test_the_tools_show_tables_by_name(self):
-        self.environment.update(MIBS="KESTRIX-RAID-MIB",
-                                MIBDIRS=os.environ["KXRA_SMI_FOLDER"] + ":" + os.environ["KXRA_MIB_FOLDER"])
+        self.load_modules("KESTRIX-RAID-MIB")
         access = ["-v2c", "-c", "public", "-t", "5"]
         where = f"udp:127.0.0.1:{self.port}"
         for table, column, texts in (("kxrCtrlTable", "ModelName", ["Kestrix 9560-8i", "Kestrix 9540-4i"]),
@@ -232,26 +249,14 @@ class TrapTest(ProductTest):
         self.assertEqual(REGION + (2, 0, 10022), dict((n, v) for n, _, v in message.bindings)[SNMP_TRAP_OID])
 
     def test_a_receiver_with_the_module_prints_names(self):
-        self.environment.update(MIBS="KESTRIX-RAID-MIB:SNMPv2-MIB",
-                                MIBDIRS=os.environ["KXRA_SMI_FOLDER"] + ":" + os.environ["KXRA_MIB_FOLDER"])
-        port = free_port()
-        config = self.file("snmptrapd.conf", "authCommunity log public\n")
-        log = open(self.file("received"), "w+")
-        self.addCleanup(log.close)
-        receiver = self.launch(["snmptrapd", "-f", "-Lo", "-n", "-C", "-c", config, f"udp:127.0.0.1:{port}"], stdout=log)
+        self.load_modules("KESTRIX-RAID-MIB:SNMPv2-MIB")
+        sink = self.start_snmptrapd()
         core = self.start_core()
-        self.start_product("--trap-sink", f"udp:127.0.0.1:{port}", core=core)
-
-        def received():
-            log.flush()
-            with open(self.file("received")) as text:
-                return text.read()
-
-        self.assertTrue(holds_within(lambda: "KESTRIX-RAID-MIB::kxrEventConnected" in received()), received())
+        self.start_product("--trap-sink", sink, core=core)
+        self.assertTrue(holds_within(lambda: "KESTRIX-RAID-MIB::kxrEventConnected" in self.received()), self.received())
         self.tell(core, "event 5 hello")
-        self.assertTrue(holds_within(lambda: "KESTRIX-RAID-MIB::kxrEventTestTrap" in received()))
-        self.assertRegex(received(), r'KESTRIX-RAID-MIB::kxrTrapParam1\.0 = STRING: "?hello"?')
-        receiver.stop()
+        self.assertTrue(holds_within(lambda: "KESTRIX-RAID-MIB::kxrEventTestTrap" in self.received()))
+        self.assertRegex(self.received(), r'KESTRIX-RAID-MIB::kxrTrapParam1\.0 = STRING: "?hello"?')
 
     def test_ten_thousand_events_at_once_are_ten_thousand_traps_in_order(self):
         self.assertTrue(holds_within(lambda: self.specific() == [2]))
@@ -265,6 +270,49 @@ class TrapTest(ProductTest):
         self.wait_for_estate()
         self.assertEqual(0, service.stop())
         self.assertTrue(holds_within(lambda: 3 in self.specific()), self.specific())
+
+
+class EventNamesTest(ProductTest):
+    """Every event that the core service knows, with the modules as the build leaves them."""
+
+    BATCH = 64  # as many as fit into a receiver's buffer while it is busy
+
+    def setUp(self):
+        super().setUp()
+        self.load_modules("KESTRIX-RAID-EVENTS-MIB:SNMPv2-MIB")
+        self.core = self.start_core("--controllers", "0")
+
+    def test_an_event_of_every_identifier_arrives_with_its_name(self):
+        sink = self.start_snmptrapd("-F", "%v\\n", "-OQ")
+        self.start_product("--trap-sink", sink)
+        self.assertTrue(holds_within(lambda: self.traps() == [("KESTRIX-RAID-MIB::kxrEventConnected", "")]), self.traps())
+        events = read_events()
+        self.assertEqual(1346, len(events))
+        expected = self.traps()
+        for numbers in self.batches(list(events)):
+            self.tell(self.core, *(f"event {number} \"event {number}\"" for number in numbers))
+            expected += [(full_name(number, events[number]), f"event {number}") for number in numbers]
+            holds_within(lambda: len(self.traps()) >= len(expected))
+            self.assertEqual(expected, self.traps())
+
+    def test_the_log_of_the_service_names_what_it_sends(self):
+        service = self.start_product("--log-traps")
+        self.assertTrue(holds_within(lambda: " trap " in service.errors()), service.errors())
+        self.tell(self.core, "event 10022", "event 5", "event 99")
+        branch = "kxra-snmpd: trap " + dotted(REGION + (2, 0)) + "."
+        expected = [branch + "2 (KESTRIX-RAID-MIB::kxrEventConnected)",
+                    branch + "10022 (KESTRIX-RAID-EVENTS-MIB::kxrEventDiskOffline)",
+                    branch + "5 (KESTRIX-RAID-MIB::kxrEventTestTrap)", branch + "99"]
+        logged = lambda: [line for line in service.errors().splitlines() if " trap " in line]
+        self.assertTrue(holds_within(lambda: len(logged()) >= len(expected)), service.errors())
+        self.assertEqual(expected, logged())
+
+    def batches(self, numbers):
+        return [numbers[at:at + self.BATCH] for at in range(0, len(numbers), self.BATCH)]
+
+    def traps(self):
+        """What the receiver has printed: the name of each trap, and its first parameter."""
+        return re.findall(r'snmpTrapOID\.0 = (\S+)\t.*kxrTrapParam1\.0 = "?([^"\t]*)"?\t', self.received())
 
 
 class LossTest(ProductTest):
