@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 #include <vector>
+
+#include "Platform/Error.h"
+#include "Support/Deadline.h"
 
 namespace {
 
@@ -82,6 +86,50 @@ TEST(CriticalSectionTest, ThreadsExcludeEachOther)
     for (std::thread & thread : threads)
         thread.join();
     EXPECT_EQ(20000, counter);
+}
+
+TEST(CriticalSectionTest, EveryThreadThatSleepsForTheSectionGetsItsTurn)
+{
+    CCriticalSection section;
+    int turns = 0; // guarded by the section
+    for (int round = 0; round < 20; ++round) {
+        std::vector<std::thread> threads;
+        std::atomic<int> begun{0};
+        section.Enter();
+        for (int i = 0; i < 6; ++i)
+            threads.emplace_back([&] {
+                begun.fetch_add(1);
+                const CCriticalLock lock(section);
+                ++turns;
+            });
+        ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return begun.load() == 6; }));
+        EXPECT_EQ(6 * round, turns);
+        section.Leave();
+        for (std::thread & thread : threads)
+            thread.join();
+    }
+    EXPECT_EQ(120, turns);
+}
+
+TEST(CriticalSectionTest, WaitingForTheSectionLeavesTheLastErrorAlone)
+{
+    constexpr Platform::ErrorCode some = 71;
+    CCriticalSection section;
+    for (int round = 0; round < 20; ++round) {
+        std::atomic<bool> begun{false};
+        Platform::ErrorCode seen = Platform::Success;
+        section.Enter();
+        std::thread waiter([&] {
+            Platform::SetLastError(some);
+            begun = true;
+            const CCriticalLock lock(section);
+            seen = Platform::LastError();
+        });
+        ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return begun.load(); }));
+        section.Leave();
+        waiter.join();
+        EXPECT_EQ(some, seen);
+    }
 }
 
 } // namespace
