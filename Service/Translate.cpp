@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 #include "Platform/SnmpUtil.h"
 
@@ -98,8 +99,16 @@ void ToStart(oid const * name, std::size_t length, CArcs & out)
 
 bool PutName(netsnmp_variable_list & variable, ArcView name) noexcept
 {
-    const SWideArcs wide(name);
-    return snmp_set_var_objid(&variable, wide.arcs, name.size()) == 0;
+    static_assert(kMaxArcs <= std::extent_v<decltype(variable.name_loc)>);
+    if (variable.name != nullptr && variable.name != variable.name_loc) {
+        const SWideArcs wide(name);
+        return snmp_set_var_objid(&variable, wide.arcs, name.size()) == 0;
+    }
+    // What snmp_set_var_objid would do, without a copy in between: a walk puts one name into every variable.
+    std::copy(name.begin(), name.end(), variable.name_loc);
+    variable.name = variable.name_loc;
+    variable.name_length = name.size();
+    return true;
 }
 
 bool PutValue(netsnmp_variable_list & variable, CValue const & value) noexcept

@@ -10,15 +10,14 @@ std::size_t CWalkQuery::AddColumn(ArcView start, bool inclusive, ArcView root, A
     column.root = root;
     column.end.assign(end.begin(), end.end());
     column.wanted = wanted;
-    if (CompareArcs(start, root) < 0) {
-        start = root;
-        inclusive = true;
-    }
+    const bool inside = IsInside(start, root);
+    const bool before = !inside && CompareArcs(start, root) < 0;
+    if (before) start = root;
     column.nameLength = start.size();
     column.nameAt = Keep(start);
     // The root of a region is a node of the tree and never an object.
-    column.inclusive = inclusive && start.size() > root.size() && IsInside(start, root);
-    column.ended = CompareArcs(start, root) > 0 && !IsInside(start, root);
+    column.inclusive = inclusive && inside && start.size() > root.size();
+    column.ended = !inside && !before;
     m_columns.push_back(std::move(column));
     return m_columns.size() - 1;
 }
@@ -27,7 +26,7 @@ void CWalkQuery::Run(SEntryPoints const & extension) noexcept
 try {
     for (std::size_t i = 0; i < m_columns.size(); ++i)
         if (m_columns[i].inclusive && m_columns[i].IsOpen() && !IsDropped()) AskInclusive(extension, i);
-    while (!IsDropped() && CollectOpen() && AskOnce(extension)) {
+    while (!IsDropped() && (m_canGoOn || CollectOpen()) && AskOnce(extension)) {
     }
 } catch (...) {
     for (SColumn & column : m_columns) {
@@ -74,14 +73,11 @@ std::size_t CWalkQuery::Keep(ArcView name)
 
 bool CWalkQuery::CollectOpen()
 {
-    const std::size_t askedBefore = m_asked.size();
     m_asked.clear();
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         if (m_columns[i].IsOpen()) m_asked.push_back(i);
         if (m_oneByOne && !m_asked.empty()) break;
     }
-    // Columns close and are asked no more, so the same number of them is the same columns.
-    m_canGoOn = m_canGoOn && !m_oneByOne && m_asked.size() == askedBefore;
     return !m_asked.empty();
 }
 
@@ -134,7 +130,7 @@ void CWalkQuery::TakeAnswer(std::uint32_t position)
     CValue value = m_bindings.TakeValue(position);
     // An object without a value isn't shown, nor is one whose value nobody could read.
     if (!value.IsUsable()) return;
-    --column.wanted;
+    if (--column.wanted == 0) m_canGoOn = false;
     m_results.push_back({index, column.nameAt, column.nameLength, std::move(value)});
 }
 
@@ -153,9 +149,13 @@ void CWalkQuery::AskInclusive(SEntryPoints const & extension, std::size_t index)
 
 bool CWalkQuery::IsNext(SColumn const & column, ArcView name) const noexcept
 {
+    const ArcView asked = View(column.nameAt, column.nameLength);
+    const std::size_t common = CommonArcs(name, asked);
+    // What was asked for lies in the subtree, so one that shares less than the root with it doesn't.
+    if (common < column.root.size() || common == name.size()) return false;
     // A name that isn't behind the one asked for would let a manager walk in circles.
-    return IsInside(name, column.root) && CompareArcs(name, View(column.nameAt, column.nameLength)) > 0 &&
-           (column.end.empty() || CompareArcs(name, column.end) < 0);
+    const bool isBehind = common == asked.size() || name[common] > asked[common];
+    return isBehind && (column.end.empty() || CompareArcs(name, column.end) < 0);
 }
 
 bool CWalkQuery::Fail(std::uint32_t position, std::uint32_t status)

@@ -68,7 +68,7 @@ private:
     std::vector<std::size_t> m_asked; ///< columns of the present call
     CBindings m_bindings;
     bool m_oneByOne = false; ///< the extension didn't say at which name it ended
-    bool m_canGoOn = false;  ///< the bindings that came back are what the same columns ask next
+    bool m_canGoOn = false;  ///< the bindings that came back are what the same columns, all still open, ask next
 };
 
 } // namespace Service

@@ -5,6 +5,7 @@
 namespace {
 
 using Service::CArcs;
+using Service::CommonArcs;
 using Service::CompareArcs;
 using Service::IsInside;
 
@@ -29,6 +30,23 @@ TEST(ArcsTest, TheRootIsInsideItsSubtreeAndItsParentIsNot)
     EXPECT_TRUE(IsInside(CArcs{1, 3, 6, 0}, root));
     EXPECT_FALSE(IsInside(CArcs{1, 3}, root));
     EXPECT_FALSE(IsInside(CArcs{1, 3, 7, 1}, root));
+}
+
+TEST(ArcsTest, CommonCountsTheArcsAtTheFrontUpToTheFirstDifference)
+{
+    for (std::size_t length = 0; length <= 7; ++length) {
+        const CArcs arcs(length, 5);
+        CArcs longer = arcs;
+        longer.push_back(5);
+        EXPECT_EQ(length, CommonArcs(arcs, arcs));
+        EXPECT_EQ(length, CommonArcs(arcs, longer));
+        EXPECT_EQ(length, CommonArcs(longer, arcs));
+        for (std::size_t i = 0; i < length; ++i) {
+            CArcs other = arcs;
+            other[i] = 6;
+            EXPECT_EQ(i, CommonArcs(arcs, other)) << length;
+        }
+    }
 }
 
 } // namespace
