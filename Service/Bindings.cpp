@@ -31,27 +31,9 @@ CValue & CValue::operator=(CValue && other) noexcept
     return *this;
 }
 
-CValue::~CValue()
+void CValue::Free() noexcept
 {
-    // Numbers own nothing, and most values are numbers.
-    switch (m_any.asnType) {
-    case ASN_OCTETSTRING:
-    case ASN_BITS:
-    case ASN_IPADDRESS:
-    case ASN_OPAQUE:
-    case ASN_OBJECTIDENTIFIER:
-        SnmpUtilAsnAnyFree(&m_any);
-        break;
-    default:
-        break;
-    }
-}
-
-AsnAny CValue::Release() noexcept
-{
-    const AsnAny any = m_any;
-    m_any.asnType = ASN_NULL;
-    return any;
+    SnmpUtilAsnAnyFree(&m_any);
 }
 
 bool CValue::IsUsable() const noexcept
@@ -134,21 +116,6 @@ void CBindings::Clear() noexcept
     m_array = nullptr;
     m_count = 0;
     m_capacity = 0;
-}
-
-ArcView CBindings::Name(std::uint32_t index) const noexcept
-{
-    Arc const * ids = m_list.list[index].name.ids;
-    const std::uint32_t length = m_list.list[index].name.idLength;
-    if (ids == nullptr || length > kMaxArcs) return {};
-    return {ids, length};
-}
-
-CValue CBindings::TakeValue(std::uint32_t index) noexcept
-{
-    CValue value(m_list.list[index].value);
-    m_list.list[index].value.asnType = ASN_NULL;
-    return value;
 }
 
 } // namespace Service

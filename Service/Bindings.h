@@ -18,17 +18,34 @@ public:
     CValue & operator=(CValue && other) noexcept;
     CValue(CValue const &) = delete;
     CValue & operator=(CValue const &) = delete;
-    ~CValue();
+    ~CValue()
+    {
+        if (OwnsMemory()) Free();
+    }
 
     AsnAny const & Any() const noexcept { return m_any; }
     /// Gives the value away; the caller frees it.
-    AsnAny Release() noexcept;
+    AsnAny Release() noexcept
+    {
+        const AsnAny any = m_any;
+        m_any.asnType = ASN_NULL;
+        return any;
+    }
     bool IsNull() const noexcept { return m_any.asnType == ASN_NULL; }
     /// Whether it is of a type with contents that a manager can be told. What isn't came from a faulty
     /// extension.
     bool IsUsable() const noexcept;
 
 private:
+    /// Numbers own nothing, and most values are numbers.
+    bool OwnsMemory() const noexcept
+    {
+        const std::uint8_t type = m_any.asnType;
+        return (type >= ASN_BITS && type <= ASN_OBJECTIDENTIFIER && type != ASN_NULL) || type == ASN_IPADDRESS ||
+               type == ASN_OPAQUE;
+    }
+    void Free() noexcept;
+
     AsnAny m_any{};
 };
 
@@ -56,9 +73,20 @@ public:
     bool IsIntact() const noexcept { return m_list.len == m_count && (m_count == 0 || m_list.list != nullptr); }
     std::uint32_t Count() const noexcept { return m_list.list == nullptr ? 0 : m_list.len; }
     /// Name of a binding. Empty when it is none or has more arcs than a name may have.
-    ArcView Name(std::uint32_t index) const noexcept;
+    ArcView Name(std::uint32_t index) const noexcept
+    {
+        AsnObjectIdentifier const & name = m_list.list[index].name;
+        Arc const * const ids = name.ids;
+        return ids != nullptr && name.idLength <= kMaxArcs ? ArcView(ids, name.idLength) : ArcView();
+    }
     /// Takes the value out of a binding.
-    CValue TakeValue(std::uint32_t index) noexcept;
+    CValue TakeValue(std::uint32_t index) noexcept
+    {
+        AsnAny & any = m_list.list[index].value;
+        CValue value(any);
+        any.asnType = ASN_NULL;
+        return value;
+    }
 
 private:
     void FreeBindings() noexcept;

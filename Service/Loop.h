@@ -39,6 +39,9 @@ public:
     CLoop(std::vector<std::unique_ptr<CExtensionLibrary>> const & libraries, SLoopTimes times,
           Platform::CWakeUp const & wakeUp, STrapOptions traps);
 
+    /// Whether the system had the descriptors that the loop needs; otherwise it must not run.
+    bool IsValid() const noexcept { return m_standby.IsValid(); }
+
     /// Gives the job to the extension's queue, or answers it at once when that is full.
     void Submit(CExtensionLibrary const & library, JobPtr job);
     /// The AgentX master has come, or null: it has gone, and its requests with it.

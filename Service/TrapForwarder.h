@@ -12,6 +12,7 @@
 
 namespace Service {
 
+/// How traps are forwarded.
 struct STrapOptions {
     bool isSubagent; ///< there is an AgentX master to send to
     bool logsTraps;  ///< a trap becomes a line of the log when it is sent for the first time

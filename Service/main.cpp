@@ -35,6 +35,10 @@ int Fail(std::string const & error)
 class CService {
 public:
     explicit CService(SOptions const & options) : m_options(options) {}
+    /// The end of Net-SNMP tells the loop that the master has gone, so the loop is still there for it.
+    ~CService() { m_agent.Shutdown(); }
+    CService(CService const &) = delete;
+    CService & operator=(CService const &) = delete;
 
     int Run()
     {
@@ -85,10 +89,7 @@ private:
 
     bool Start(std::string & error)
     {
-        if (!m_wakeUp.IsValid()) {
-            error = "no descriptor left to start with";
-            return false;
-        }
+        if (!m_wakeUp.IsValid()) return NoDescriptor(error);
         Platform::IgnoreBrokenPipes();
         Platform::WatchStopRequests(m_wakeUp);
         // Listening comes first: it fails for the most reasons, and an extension isn't started for nothing.
@@ -99,8 +100,15 @@ private:
             if (!library->Start(uptimeReference, error)) return false;
         m_loop = std::make_unique<CLoop>(m_libraries, SLoopTimes{m_options.answerWithinMs, m_options.watchdogMs},
                                          m_wakeUp, STrapOptions{!m_options.agentX.empty(), m_options.logTraps});
+        if (!m_loop->IsValid()) return NoDescriptor(error);
         if (m_master != nullptr) m_loop->SetMaster(m_master);
         return RegisterRegions(error);
+    }
+
+    static bool NoDescriptor(std::string & error)
+    {
+        error = "no descriptor left to start with";
+        return false;
     }
 
     bool RegisterRegions(std::string & error)

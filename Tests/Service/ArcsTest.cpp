@@ -34,7 +34,7 @@ TEST(ArcsTest, TheRootIsInsideItsSubtreeAndItsParentIsNot)
 
 TEST(ArcsTest, CommonCountsTheArcsAtTheFrontUpToTheFirstDifference)
 {
-    for (std::size_t length = 0; length <= 7; ++length) {
+    for (std::size_t length = 0; length <= 10; ++length) {
         const CArcs arcs(length, 5);
         CArcs longer = arcs;
         longer.push_back(5);

@@ -33,6 +33,22 @@ TEST(TranslateTest, AStartWithAWiderArcIsTheLastNameBeforeIt)
     EXPECT_LT(CompareArcs(arcs, CArcs{1, 4}), 0);
 }
 
+TEST(TranslateTest, ANameReplacesTheOneBeforeWhereverThatLies)
+{
+    CArcs longest(kMaxArcs, 0xFFFFFFFF);
+    const std::vector<oid> elsewhere(MAX_OID_LEN + 1, 1); // has no room inside the variable
+    for (CArcs const & name : {CArcs{1, 3, 0xFFFFFFFF}, longest, CArcs{}}) {
+        netsnmp_variable_list variable{};
+        ASSERT_EQ(0, snmp_set_var_objid(&variable, elsewhere.data(), elsewhere.size()));
+        for (int i = 0; i < 2; ++i) {
+            ASSERT_TRUE(PutName(variable, name));
+            EXPECT_EQ(std::vector<oid>(name.begin(), name.end()),
+                      std::vector<oid>(variable.name, variable.name + variable.name_length));
+        }
+        snmp_free_var_internals(&variable);
+    }
+}
+
 TEST(TranslateTest, Counter64KeepsAllItsBits)
 {
     AsnAny any{};

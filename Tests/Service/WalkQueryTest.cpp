@@ -173,6 +173,59 @@ TEST(WalkQueryTest, NoSuchNameIsTheEndOfItsColumnAndTheRestIsAskedAgain)
     EXPECT_EQ(0u, query.Status(1));
 }
 
+TEST(WalkQueryTest, ANoSuchNameWithoutAnIndexIsFoundByAskingOneByOne)
+{
+    SFakeFunctions fake(
+        [](std::uint8_t type, RFC1157VarBindList & list, std::uint32_t & status, std::uint32_t & index) {
+            for (std::uint32_t i = 0; i < list.len; ++i)
+                if (NameOf(list.list[i])[2] == 3) {
+                    status = SNMP_ERRORSTATUS_NOSUCHNAME;
+                    return 1;
+                }
+            return Serve(type, list, status, index);
+        });
+    CWalkQuery query;
+    query.AddColumn(CArcs{1, 3, 3, 1}, false, kRoot, {}, 2);
+    query.AddColumn(CArcs{1, 3, 1, 1}, false, kRoot, {}, 2);
+    query.AddColumn(CArcs{1, 3, 2, 1}, false, kRoot, {}, 2);
+    query.Run(fake.functions);
+    EXPECT_EQ(0u, Names(query, 0).size());
+    EXPECT_EQ((std::vector<CArcs>{{1, 3, 1, 2}, {1, 3, 1, 3}}), Names(query, 1));
+    EXPECT_EQ((std::vector<CArcs>{{1, 3, 2, 2}, {1, 3, 2, 3}}), Names(query, 2));
+    for (std::size_t i = 1; i < fake.asked.size(); ++i)
+        EXPECT_EQ(1u, fake.asked[i].size());
+    EXPECT_FALSE(query.WantsMore());
+}
+
+TEST(WalkQueryTest, AColumnThatHasAllItWantsIsAskedNoMore)
+{
+    SFakeFunctions fake(Serve);
+    CWalkQuery query;
+    query.AddColumn(CArcs{1, 3, 1}, false, kRoot, {}, 1);
+    query.AddColumn(CArcs{1, 3, 2}, false, kRoot, {}, 3);
+    query.Run(fake.functions);
+    ASSERT_EQ(3u, fake.asked.size());
+    EXPECT_EQ((std::vector<CArcs>{{1, 3, 2, 1}}), fake.asked[1]);
+    EXPECT_EQ((std::vector<CArcs>{{1, 3, 2, 2}}), fake.asked[2]);
+    EXPECT_EQ(1u, Names(query, 0).size());
+    EXPECT_EQ(3u, Names(query, 1).size());
+}
+
+TEST(WalkQueryTest, AWalkThatIsDroppedMakesNoFurtherCall)
+{
+    CWalkQuery query;
+    SFakeFunctions fake(
+        [&](std::uint8_t type, RFC1157VarBindList & list, std::uint32_t & status, std::uint32_t & index) {
+            query.Drop();
+            return Serve(type, list, status, index);
+        });
+    query.AddColumn(CArcs{1, 3, 1}, false, kRoot, {}, 5);
+    query.Run(fake.functions);
+    EXPECT_EQ(1u, fake.asked.size());
+    query.Run(fake.functions);
+    EXPECT_EQ(1u, fake.asked.size());
+}
+
 TEST(WalkQueryTest, AnotherErrorEndsTheWalk)
 {
     SFakeFunctions fake([](std::uint8_t, RFC1157VarBindList &, std::uint32_t & status, std::uint32_t & index) {

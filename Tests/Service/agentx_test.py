@@ -1,5 +1,6 @@
 """kxra-snmpd as a subagent: masters that come late, go, and come back."""
 
+import shutil
 import time
 import unittest
 
@@ -58,6 +59,14 @@ class AgentXTest(SnmpTest):
     def test_a_subagent_without_a_master_ends_in_order(self):
         self.agentx = f"tcp:127.0.0.1:{free_port(socket.SOCK_STREAM)}"
         self.assertEqual(0, self.start().stop())
+
+    def test_a_start_that_fails_beside_a_master_is_one_line_and_a_status(self):
+        self.start_master()
+        copy = self.file("copy.so")
+        shutil.copyfile(self.extension, copy)
+        result = self.run_service("--library", self.extension, "--library", copy, "--agentx", self.agentx)
+        self.assertEqual((1, 1), (result.returncode, result.stderr.count("\n")), result.stderr)
+        self.assertIn("taken already", result.stderr)
 
     def test_a_restarted_master_gets_the_region_back(self):
         port = free_port(socket.SOCK_STREAM)

@@ -75,6 +75,30 @@ class StartTest(SnmpTest):
         self.assert_refuses("--library", self.extension, "--library", other, "--listen",
                             f"udp:127.0.0.1:{free_port()}", says="taken already")
 
+    def test_too_few_descriptors_are_one_line_and_a_status(self):
+        told = []
+        for limit in range(5, 64):
+            port = free_port()
+            service = self.launch(["prlimit", f"--nofile={limit}:{limit}", self.program, "--library", self.extension,
+                                   "--listen", f"udp:127.0.0.1:{port}"])
+            listening = "listening on"
+            self.assertTrue(holds_within(lambda: not service.is_running() or listening in service.errors()), limit)
+            if listening in service.errors():
+                # With none left at all, Net-SNMP can't look at the host's access files and lets nobody in.
+                answers = self.answers(port, REGION + (1, 1, 0))
+                status = service.stop()
+                if answers:
+                    self.assertEqual(0, status, limit)
+                    self.assertNotEqual([], told)
+                    return
+            else:
+                self.assertGreater(service.wait(), 0, limit)
+                # A sanitizer that needs a descriptor itself may speak in the service's place.
+                lines = [line for line in service.errors().splitlines() if line.startswith("kxra-snmpd: ")]
+                self.assertLessEqual(len(lines), 1, service.errors())
+                told += lines
+        self.fail("it never started")
+
     def test_check_says_that_all_is_in_order(self):
         config = self.file("good.conf", "rwcommunity private 127.0.0.1\nsysLocation here\n")
         result = self.run_service("--check", "--library", self.extension, "--config", config)
