@@ -42,6 +42,8 @@ public:
     unsigned int GetModuleId() const noexcept { return m_uModuleId; }
     char const * GetModuleName() const noexcept { return m_pName; }
     char const * GetVersionInfo() const noexcept { return m_pVersion; }
+    /// The module's texts; null if it has none.
+    Language_Support::CLanguageSupport::CLngFile * GetLanguageFile() const noexcept { return m_pLanguage; }
 
     /// Which trace sites of the module write. Any thread; relaxed, since a site that is a moment late does no harm.
     std::uint32_t GetTrcPoints() const noexcept { return m_uTracePoints.load(std::memory_order_relaxed); }
