@@ -326,7 +326,7 @@ CThreadCB * CThreadCB::New() noexcept
 CThreadCB::~CThreadCB()
 {
     Forget();
-    if (m_uThrowDisabled != 0) Exceptions::CThrowStateData::m_DisableCnt.Decr();
+    if (m_uThrowDisabled != 0) Exceptions::CThrowStateData::Counter().Decr();
     if (m_StreamPool.pRelease != nullptr) m_StreamPool.pRelease(m_StreamPool.pFirst);
     Exceptions::ERRLOG_DATA::FreeChain(m_pPending);
 }

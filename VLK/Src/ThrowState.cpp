@@ -8,12 +8,45 @@
 #include <utility>
 
 #include "ErrLogData.h"
+#include "Platform/SharedModule.h"
 #include "VLK/Exceptions.h"
 #include "VLK/ThreadCB.h"
 
 namespace VLK::Exceptions {
 
 constinit Threading::CSyncCounter CThrowStateData::m_DisableCnt{0};
+constinit std::atomic<Threading::CSyncCounter *> CThrowStateData::m_pCounter{&CThrowStateData::m_DisableCnt};
+
+/// Lets this module use the shared counter from its load to its end.
+class CSharedCounter {
+public:
+    CSharedCounter() noexcept : m_Library(Platform::OpenSharedModule("orVLK"))
+    {
+        if (!m_Library) return;
+        void * const found = Platform::SharedObject(m_Library.Get(), "VLK::Exceptions::CThrowStateData::m_DisableCnt");
+        if (found == nullptr || found == &CThrowStateData::m_DisableCnt) // this module may be that library
+            m_Library.Reset();
+        else
+            Use(*static_cast<Threading::CSyncCounter *>(found));
+    }
+    ~CSharedCounter() { Use(CThrowStateData::m_DisableCnt); }
+    CSharedCounter(CSharedCounter const &) = delete;
+    CSharedCounter & operator=(CSharedCounter const &) = delete;
+
+private:
+    static void Use(Threading::CSyncCounter & counter) noexcept
+    {
+        CThrowStateData::m_pCounter.store(&counter, std::memory_order_relaxed);
+    }
+
+    Platform::CModuleHandle m_Library;
+};
+
+namespace {
+
+CSharedCounter const g_SharedCounter;
+
+} // namespace
 
 void CThrowState::Init() noexcept
 {
@@ -44,9 +77,9 @@ unsigned int CThrowState::SetDisabled(unsigned int disabled) noexcept
     if (former == disabled) return former;
     m_pThread->m_uThrowDisabled = disabled;
     if (disabled != 0)
-        CThrowStateData::m_DisableCnt.Incr();
+        CThrowStateData::Counter().Incr();
     else
-        CThrowStateData::m_DisableCnt.Decr();
+        CThrowStateData::Counter().Decr();
     return former;
 }
 

@@ -156,7 +156,7 @@ public:
 
     int m_iRandomSeed = 0;
     unsigned int m_uLngId = 0;
-    unsigned int m_uThrowDisabled = 0; ///< changed together with CThrowStateData::m_DisableCnt
+    unsigned int m_uThrowDisabled = 0; ///< changed together with CThrowStateData::Counter()
     Strings::TString<64> m_Name;
     Exceptions::CErrorLog m_ErrorLog;               ///< the last swallowed error
     Exceptions::ERRLOG_DATA * m_pPending = nullptr; ///< owned chain of records whose exceptions fly, newest first

@@ -1,6 +1,8 @@
 #ifndef VLK_THROW_STATE_H
 #define VLK_THROW_STATE_H
 
+#include <atomic>
+
 #include "VLK/Export.h"
 #include "VLK/ResultCodes.h"
 #include "VLK/SourceInfo.h"
@@ -101,8 +103,21 @@ class CThrowGuard;
 
 /// How many threads have throwing disabled at this moment, in the whole process.
 /// While it is 0 no CThrowState looks at its thread: a thread's own flag can only be set while the counter is not 0.
+///
+/// The library "orVLK" exports a counter of this name, and all modules of a process that has the library share it.
+/// It is looked for when this module is loaded (Platform/SharedModule.h), so nothing is linked against it: the one that
+/// the process has loaded, else one that the loader finds by its name. It stays loaded as long as this module. Without
+/// the library, or in one without the counter, the module counts for itself.
 struct VLK_API CThrowStateData {
-    static Threading::CSyncCounter m_DisableCnt;
+    static Threading::CSyncCounter m_DisableCnt; ///< this module's own
+    /// The counter in use.
+    static Threading::CSyncCounter & Counter() noexcept { return *m_pCounter.load(std::memory_order_relaxed); }
+
+private:
+    friend class CSharedCounter;
+    /// Changes only while the module is loaded or unloaded, when no CThrowState lives. Relaxed: a thread that is still
+    /// about at the process's end gets one of the two.
+    static std::atomic<Threading::CSyncCounter *> m_pCounter;
 };
 
 /// Opens a function of the foundation and decides how it fails; see the top of this header. Also the scope in
@@ -114,7 +129,7 @@ class VLK_API CThrowState {
 public:
     CThrowState() noexcept : m_pSelf(nullptr), m_pThread(nullptr), m_uSaved(0)
     {
-        if (CThrowStateData::m_DisableCnt.Count() != 0) Init();
+        if (CThrowStateData::Counter().Count() != 0) Init();
     }
     ~CThrowState()
     {
