@@ -239,8 +239,10 @@ void CThreadCB_::Resume()
 
 void CThreadCB_::ClearInterrupt(unsigned int bits) noexcept
 {
-    SetIntrMask(m_uMask | (bits & InterruptAll));
-    m_uPending.fetch_and(~bits, std::memory_order_relaxed);
+    // Mostly there is nothing to do, which needs no lock: the mask is this thread's own.
+    if ((bits & InterruptAll & ~m_uMask) != 0) SetIntrMask(m_uMask | (bits & InterruptAll));
+    if ((m_uPending.load(std::memory_order_relaxed) & bits) != 0)
+        m_uPending.fetch_and(~bits, std::memory_order_relaxed);
 }
 
 unsigned int CThreadCB_::SetIntrMask(unsigned int mask) noexcept
@@ -273,6 +275,7 @@ void CThreadCB_::TakeWaker() noexcept
 
 CWaitInterruptCB * CThreadCB_::SetUserIntr(CWaitInterruptCB * interrupt) noexcept
 {
+    if (interrupt == nullptr && m_pUserInterrupt == nullptr) return nullptr; // set by this thread alone
     if (interrupt != nullptr) interrupt->Incr();
     const std::lock_guard lock(g_InterruptLock);
     CWaitInterruptCB * const former = m_pUserInterrupt;
