@@ -28,7 +28,8 @@ function(kxra_target name)
 endfunction()
 
 # kxra_test(name SOURCES ... LIBRARIES ... [LABELS ...] [TIMEOUT seconds]): a program of GoogleTest cases,
-# each of which becomes a test. Tests labelled "slow" run with ./test --all only.
+# each of which becomes a test. Tests labelled "slow" run with ./test --all only, and not under sanitizers; those
+# labelled "stress" too, but under each of them.
 function(kxra_test name)
     cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
     if(NOT arg_TIMEOUT)

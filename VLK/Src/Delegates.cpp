@@ -67,7 +67,7 @@ unsigned int CCall::Init(CCbHead * head) noexcept
     return URET_OK;
 }
 
-unsigned int CCall::FailForMemory()
+unsigned int CDelegate::FailForMemory()
 {
     CThrowState state;
     try {

@@ -12,6 +12,10 @@
 #include "VLK/ResultCodes.h"
 #include "VLK/SyncCounter.h"
 
+namespace VLK::Threading {
+class CThreadPool;
+}
+
 namespace VLK::Delegates_and_Calls {
 
 /// What a foundation thread or a pool job runs: a counted handle on a heap block that holds the call. Copies share
@@ -54,24 +58,37 @@ public:
     void Release() noexcept;
 
 protected:
+    /// Raises OutOfMemory, or returns URET_Error.
+    static unsigned int FailForMemory();
+
     CCbBase * m_pBlock;
+
+private:
+    friend class Threading::CThreadPool; // calls jobs without the boundary of operator()
 };
 
 /// A delegate that makes a call of its own; TDelegate<CCall> binds the functions.
 class VLK_API CCall : public CDelegate {
 public:
-    class VLK_API CCbHead : public CCbBase {};
+    class VLK_API CCbHead : public CCbBase {
+    protected:
+        /// Makes the call of a derived block, which has Invoke() for it.
+        template <class TBlock>
+        void Make(TBlock & block)
+        {
+            block.Invoke();
+        }
+    };
 
     CCall() noexcept = default;
 
 protected:
     /// Gives up the former block and takes over `head` with its count of 1. Returns URET_OK.
     unsigned int Init(CCbHead * head) noexcept;
-    /// Raises OutOfMemory, or returns URET_Error.
-    static unsigned int FailForMemory();
 };
 
-/// Binds a function to a delegate of type TCall. Raises OutOfMemory; with throwing disabled the delegate stays null.
+/// Binds a function to a delegate of type TCall (CCall, CWaitableCall). Raises OutOfMemory; with throwing disabled the
+/// delegate stays null.
 template <class TCall>
 class TDelegate : public TCall {
 public:
@@ -102,7 +119,8 @@ private:
     class CCb : public TCall::CCbHead {
     public:
         CCb(T * object, R (T::*function)()) noexcept : m_pObject(object), m_pFunction(function) {}
-        void Call() override { static_cast<void>((m_pObject->*m_pFunction)()); }
+        void Call() override { this->Make(*this); }
+        void Invoke() { static_cast<void>((m_pObject->*m_pFunction)()); }
 
     private:
         T * m_pObject;
@@ -116,7 +134,8 @@ private:
         explicit CFunctionCb(G && function) : m_Function(std::forward<G>(function))
         {
         }
-        void Call() override { static_cast<void>(m_Function()); }
+        void Call() override { this->Make(*this); }
+        void Invoke() { static_cast<void>(m_Function()); }
 
     private:
         F m_Function;

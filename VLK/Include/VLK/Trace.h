@@ -23,10 +23,12 @@ class path;
 ///     VLK_TRACE_STREAM(TraceGeneral, "%d entries") << count;
 ///
 /// A site traces for the module that is being compiled (VLK_THIS_MODULE). Format errors in a record are silent.
-#define VLK_TRACE(bit, ...)                                                                                            \
+#define VLK_TRACE(bit, ...) VLK_TRACE_AS(bit, __func__, __VA_ARGS__)
+// The same under a function's full name, where the bare one says too little.
+#define VLK_TRACE_AS(bit, function, ...)                                                                               \
     do {                                                                                                               \
         if (VLK_TRACE_ON(bit)) [[unlikely]]                                                                            \
-            ::VLK::Internals::WriteTraceRecord(bit, VLK_THIS_MODULE, VLK_SOURCE_FILE, __func__, __LINE__,              \
+            ::VLK::Internals::WriteTraceRecord(bit, VLK_THIS_MODULE, VLK_SOURCE_FILE, function, __LINE__,              \
                                                __VA_ARGS__);                                                           \
     } while (false)
 #define VLK_TRACE_STREAM(bit, format)                                                                                  \
