@@ -30,12 +30,19 @@ struct SLoadedSearch {
     }
 };
 
+/// Nobody is told that there is nothing: who is loading this library at the moment may ask for an error of its own.
+void * Quietly(void * found) noexcept
+{
+    if (found == nullptr) ::dlerror();
+    return found;
+}
+
 ModuleHandle OpenLoaded(char const * fileName) noexcept
 {
     SLoadedSearch search{fileName, {}};
     // Opened behind the search, which holds a lock of the loader.
     if (::dl_iterate_phdr(&SLoadedSearch::Look, &search) == 0) return nullptr;
-    return ::dlopen(search.path, RTLD_NOW | RTLD_NOLOAD);
+    return Quietly(::dlopen(search.path, RTLD_NOW | RTLD_NOLOAD));
 }
 
 /// Writes the name as the compiler's binary interface has it: _ZN, each part behind its length, E.
@@ -62,13 +69,13 @@ ModuleHandle OpenSharedModule(char const * baseName) noexcept
     int const length = std::snprintf(fileName, sizeof(fileName), "%s.so", baseName);
     if (length < 0 || static_cast<std::size_t>(length) >= sizeof(fileName)) return nullptr;
     if (ModuleHandle const loaded = OpenLoaded(fileName)) return loaded;
-    return ::dlopen(fileName, RTLD_NOW | RTLD_LOCAL);
+    return Quietly(::dlopen(fileName, RTLD_NOW | RTLD_LOCAL));
 }
 
 void * SharedObject(ModuleHandle module, char const * qualifiedName) noexcept
 {
     char symbol[SymbolRoom];
-    return module != nullptr && Mangle(qualifiedName, symbol) ? ::dlsym(module, symbol) : nullptr;
+    return module != nullptr && Mangle(qualifiedName, symbol) ? Quietly(::dlsym(module, symbol)) : nullptr;
 }
 
 } // namespace Platform
