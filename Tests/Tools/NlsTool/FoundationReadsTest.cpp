@@ -76,4 +76,35 @@ TEST_F(FoundationReadsTest, TheNameStandsInTheLanguagesData)
     EXPECT_STREQ("Deutsch", m_file.GetLngData().name);
 }
 
+TEST_F(FoundationReadsTest, AFileCutAnywhereIsCorruptedAndTheDefaultsServe)
+{
+    std::string const whole = m_directory.Read("module.nls");
+    m_thread.SetLngId(German);
+    for (std::size_t size = 0; size != whole.size(); ++size) {
+        m_directory.Write("cut.nls", whole.substr(0, size));
+        CLanguageSupport::CLngFile file("cut.nls", CLanguageSupport::Default_Language_ID, "utf-8", 1, Standard, 2);
+        EXPECT_EQ(VLK::Errors::CorruptedLanguageFile, RaisedBy([&] { file.GetLngData(); })) << size;
+        EXPECT_STREQ("one", CLanguageStrg(file.GetLngData(), 0).Native()) << size;
+    }
+}
+
+TEST_F(FoundationReadsTest, AFileWithAnyByteChangedIsCorruptedOrShowsTexts)
+{
+    std::string const whole = m_directory.Read("module.nls");
+    m_thread.SetLngId(German);
+    for (std::size_t i = 0; i != whole.size(); ++i) {
+        std::string changed = whole;
+        changed[i] = '\xFF';
+        m_directory.Write("changed.nls", changed);
+        CLanguageSupport::CLngFile file("changed.nls", CLanguageSupport::Default_Language_ID, "utf-8", 1, Standard, 2);
+        std::uint32_t const raised = RaisedBy([&] {
+            VLK::Strings::TString<32> text;
+            for (std::size_t index = 0; index != 2; ++index)
+                text << CLanguageStrg(file.GetLngData(), index);
+            EXPECT_NE(0u, text.size()) << i;
+        });
+        EXPECT_TRUE(raised == 0 || raised == VLK::Errors::CorruptedLanguageFile) << i;
+    }
+}
+
 } // namespace
