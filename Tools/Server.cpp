@@ -23,17 +23,13 @@ void CServer::Start(unsigned int port)
     Sockets::CSocketAddr address;
     address.Resolve(std::string("127.0.0.1"), port);
     m_listener.StartListen(address);
-    m_thread.Create(Delegates_and_Calls::TDelegate<Delegates_and_Calls::CCall>(this, &CServer::Run),
-                    /*suspended=*/false);
+    m_worker.Start(Delegates_and_Calls::TDelegate<Delegates_and_Calls::CCall>(this, &CServer::Run));
     m_report.Say("listening on 127.0.0.1:" + std::to_string(port));
 }
 
 void CServer::Stop()
 {
-    if (m_thread.GetThreadID() != 0) {
-        m_thread.Cancel();
-        m_thread.Wait(Platform::Infinite); // the cancelled thread ends at its next wait
-    }
+    m_worker.Stop();
     std::list<CSession> sessions;
     {
         const std::lock_guard lock(m_lock);

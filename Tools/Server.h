@@ -11,6 +11,7 @@
 #include "Tools/Estate.h"
 #include "Tools/Report.h"
 #include "Tools/Session.h"
+#include "Tools/Worker.h"
 #include "VLK/SocketListener.h"
 #include "VLK/Threads.h"
 
@@ -51,7 +52,7 @@ private:
     CEstate & m_estate;
     CReport & m_report;
     VLK::Sockets::CSocketListener m_listener;
-    VLK::Threading::CThread m_thread;
+    CWorker m_worker;
     VLK::Threading::CEvent m_firstConnection;
     std::atomic<bool> m_refuse{false};
 

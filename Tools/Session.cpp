@@ -69,15 +69,12 @@ CSession::~CSession()
 
 void CSession::Start()
 {
-    m_thread.Create(Delegates_and_Calls::TDelegate<Delegates_and_Calls::CCall>(this, &CSession::Run),
-                    /*suspended=*/false);
+    m_worker.Start(Delegates_and_Calls::TDelegate<Delegates_and_Calls::CCall>(this, &CSession::Run));
 }
 
 void CSession::Stop()
 {
-    if (m_thread.GetThreadID() == 0) return;
-    m_thread.Cancel();
-    m_thread.Wait(Platform::Infinite); // the cancelled thread ends at its next wait
+    m_worker.Stop();
 }
 
 void CSession::Notify(std::uint64_t mask)

@@ -10,6 +10,7 @@
 #include "Snmp/Include/Structure.h"
 #include "Tools/Estate.h"
 #include "Tools/Report.h"
+#include "Tools/Worker.h"
 #include "VLK/StreamSocket.h"
 #include "VLK/Threads.h"
 
@@ -58,7 +59,7 @@ private:
     CReport & m_report;
     VLK::Sockets::CSocket m_socket;          // the session's thread only
     VLK::Sockets::CVlkSocketServer m_stream; // the session's thread only
-    VLK::Threading::CThread m_thread;
+    CWorker m_worker;
     VLK::Threading::CEvent m_news; // set when something below has changed
     std::atomic<bool> m_ended{false};
 

@@ -42,15 +42,12 @@ CTimelinePlayer::~CTimelinePlayer()
 void CTimelinePlayer::Start()
 {
     if (m_timeline.steps.empty()) return;
-    m_thread.Create(Delegates_and_Calls::TDelegate<Delegates_and_Calls::CCall>(this, &CTimelinePlayer::Run),
-                    /*suspended=*/false);
+    m_worker.Start(Delegates_and_Calls::TDelegate<Delegates_and_Calls::CCall>(this, &CTimelinePlayer::Run));
 }
 
 void CTimelinePlayer::Stop()
 {
-    if (m_thread.GetThreadID() == 0) return;
-    m_thread.Cancel();
-    m_thread.Wait(Platform::Infinite); // the cancelled thread ends at its next wait
+    m_worker.Stop();
 }
 
 void CTimelinePlayer::Run()

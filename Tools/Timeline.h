@@ -8,7 +8,6 @@
 #include "Tools/Estate.h"
 #include "Tools/Report.h"
 #include "Tools/Server.h"
-#include "VLK/Threads.h"
 
 namespace Coresim {
 
@@ -55,7 +54,7 @@ private:
     CEstate & m_estate;
     CServer & m_server;
     CReport & m_report;
-    VLK::Threading::CThread m_thread;
+    CWorker m_worker;
 };
 
 } // namespace Coresim
