@@ -100,10 +100,10 @@ void CTrapForwarder::SendLast(SEntryPoints const & extension)
 void CTrapForwarder::AskForMore()
 {
     CWorkQueue & queue = *m_signalled.front();
+    JobPtr job(new CTrapJob(*this, queue));
+    if (!queue.Push(job)) return; // without memory: the next turn asks
     m_signalled.erase(m_signalled.begin());
     m_isAsking = true;
-    JobPtr job(new CTrapJob(*this, queue));
-    queue.Push(job);
 }
 
 void CTrapForwarder::Take(CWorkQueue & queue, CTrapQuery & query)

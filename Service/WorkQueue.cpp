@@ -1,14 +1,17 @@
 #include "WorkQueue.h"
 
 #include <algorithm>
+#include <new>
 
 namespace Service {
 
-bool CWorkQueue::Push(JobPtr & job)
-{
+bool CWorkQueue::Push(JobPtr & job) noexcept
+try {
     if (job->IsRequest() && m_waiting.size() >= kMaxWaiting) return false;
     m_waiting.push_back(std::move(job));
     return true;
+} catch (std::bad_alloc const &) {
+    return false;
 }
 
 CJob & CWorkQueue::Begin(std::uint64_t nowMs)

@@ -22,8 +22,8 @@ public:
 
     CExtensionLibrary & Library() const noexcept { return *m_library; }
 
-    /// Takes the job over unless the queue is full; then false, and the job is still the caller's.
-    bool Push(JobPtr & job);
+    /// Takes the job over unless the queue is full or has no memory; then false, and the job is still the caller's.
+    bool Push(JobPtr & job) noexcept;
     bool IsBusy() const noexcept { return m_running != nullptr; }
     bool IsReady() const noexcept { return !IsBusy() && !m_waiting.empty(); }
     /// Makes the oldest job the running one.

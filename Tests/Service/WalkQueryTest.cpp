@@ -4,6 +4,7 @@
 
 #include "FakeFunctions.h"
 #include "Platform/SnmpUtil.h"
+#include "Support/AllocationFault.h"
 
 namespace {
 
@@ -224,6 +225,41 @@ TEST(WalkQueryTest, AWalkThatIsDroppedMakesNoFurtherCall)
     EXPECT_EQ(1u, fake.asked.size());
     query.Run(fake.functions);
     EXPECT_EQ(1u, fake.asked.size());
+}
+
+/// An extension that needs no memory: behind each object comes the one whose last arc is 1 more.
+std::int32_t CountUp(std::uint8_t, RFC1157VarBindList * list, std::uint32_t * status, std::uint32_t * index)
+{
+    *status = 0;
+    *index = 0;
+    for (std::uint32_t i = 0; i < list->len; ++i) {
+        RFC1157VarBind & binding = list->list[i];
+        ++binding.name.ids[binding.name.idLength - 1];
+        FakeInteger(binding, 1);
+    }
+    return 1;
+}
+
+TEST(WalkQueryTest, AnySingleFailedAllocationIsAnErrorOfTheColumnsThatWantMore)
+{
+    Service::SEntryPoints extension;
+    extension.query = CountUp;
+    bool failed = false;
+    for (unsigned n = 1;; ++n) {
+        CWalkQuery query;
+        query.AddColumn(CArcs{1, 3, 1, 0}, false, kRoot, {}, 4);
+        query.AddColumn(CArcs{1, 3, 2, 0}, false, kRoot, {}, 4);
+        const CAllocationFault fault(n);
+        query.Run(extension);
+        const bool fired = fault.Fired();
+        EXPECT_FALSE(query.WantsMore());
+        const bool isWhole = query.Results().size() == 8;
+        EXPECT_EQ(fired, !isWhole) << n;
+        EXPECT_EQ(isWhole, query.Status(0) == 0 && query.Status(1) == 0) << n;
+        failed = failed || !isWhole;
+        if (!fired) break;
+    }
+    EXPECT_TRUE(failed);
 }
 
 TEST(WalkQueryTest, AnotherErrorEndsTheWalk)

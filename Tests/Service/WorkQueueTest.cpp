@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "SetQuery.h"
+#include "Support/AllocationFault.h"
 
 namespace {
 
@@ -76,6 +77,21 @@ TEST_F(WorkQueueTest, RequestsAreBoundedAndOtherJobsAreNot)
         ASSERT_TRUE(Push(fate, 1));
     EXPECT_FALSE(Push(fate, 1));
     EXPECT_TRUE(Push(trap, 1, /*isRequest=*/false));
+}
+
+TEST_F(WorkQueueTest, AJobForWhichThereIsNoMemoryStaysItsOwners)
+{
+    bool refused = false;
+    for (std::size_t i = 0; i < Service::kMaxWaiting; ++i) {
+        JobPtr job(new CFakeJob(m_first, /*isRequest=*/true));
+        CJob const * const address = job.get();
+        const CAllocationFault fault(1); // not every push needs memory
+        const bool taken = m_queue.Push(job);
+        refused = refused || !taken;
+        ASSERT_EQ(taken ? nullptr : address, job.get());
+    }
+    EXPECT_TRUE(refused);
+    EXPECT_TRUE(Push(m_second, 1));
 }
 
 TEST_F(WorkQueueTest, OldRequestsAreRefusedAlsoTheRunningOneAndOnlyOnce)

@@ -1,9 +1,9 @@
 #include <thread>
 
-#include "AllocationFault.h"
 #include "FrameFixture.h"
 #include "Platform/SnmpUtil.h"
 #include "Snmp/Mib/VarBind.h"
+#include "Support/AllocationFault.h"
 
 namespace {
 
