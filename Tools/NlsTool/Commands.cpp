@@ -54,6 +54,7 @@ void WriteFile(std::string const & file, std::vector<std::string> const & tables
 {
     SDefaults const standard = LoadDefaults(defaults);
     std::vector<SLanguage> languages;
+    languages.reserve(tables.size());
     for (std::string const & table : tables)
         languages.push_back(LoadTable(table, standard));
     WriteWhole(file, PrintNlsFile(languages, standard.texts.size()));
