@@ -50,7 +50,8 @@ void CServer::Run()
             }
         }
     } catch (...) {
-        m_report.Say("no longer listening: " + TakeFailureText());
+        std::string const reason = TakeFailureText();
+        if (!m_worker.IsStopping()) m_report.Complain("no longer listening: " + reason);
     }
 }
 

@@ -110,7 +110,8 @@ void CSession::Run()
     try {
         Converse();
     } catch (...) {
-        Say("gone: " + TakeFailureText());
+        std::string const reason = TakeFailureText();
+        Say(m_worker.IsStopping() ? "disconnected" : "gone: " + reason);
     }
     m_ended.store(true, std::memory_order_release);
 }

@@ -11,7 +11,7 @@ CWorker::~CWorker()
 
 void CWorker::Start(Delegates_and_Calls::CDelegate const & body)
 {
-    m_begun.Init(/*initialState=*/false, /*manualReset=*/true);
+    m_interrupt.Init();
     m_body = body;
     m_thread.Create(Delegates_and_Calls::TDelegate<Delegates_and_Calls::CCall>(this, &CWorker::Run),
                     /*suspended=*/false);
@@ -20,17 +20,19 @@ void CWorker::Start(Delegates_and_Calls::CDelegate const & body)
 void CWorker::Stop()
 {
     if (m_thread.GetThreadID() == 0) return;
+    m_stopping.store(true, std::memory_order_relaxed);
+    m_interrupt.Set();
+    // Taken out rather than disabled: what is set meanwhile is seen again when it is put back.
     Threading::CCurrentThread current;
-    Threading::CSyncGuard guard;
-    current.DisableInterrupt(guard, Threading::InterruptAll);
-    m_begun.Wait(Platform::Infinite);
-    m_thread.Cancel();
-    m_thread.Wait(Platform::Infinite); // the cancelled thread ends at its next wait
+    Threading::CWaitInterrupt const own = current.SetWaitInterrupt(nullptr);
+    m_thread.Wait(Platform::Infinite); // the interrupted thread ends at its next wait
+    current.SetWaitInterrupt(&own);
 }
 
 void CWorker::Run()
 {
-    m_begun.Set();
+    Threading::CInterruptGuard guard;
+    guard.SetWaitInterrupt(m_interrupt);
     m_body();
 }
 

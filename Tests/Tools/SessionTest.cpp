@@ -228,6 +228,28 @@ TEST_F(SessionTest, ARefusedAgentIsToldSoAndTheNextIsServedAgain)
     EXPECT_EQ(kAllData, agent.WaitForEvents());
 }
 
+TEST_F(SessionTest, AServerThatIsStoppedAtTheMomentOfItsStartEnds)
+{
+    server.Stop();
+    for (int i = 0; i < 300; ++i) {
+        CServer shortLived(estate, report);
+        shortLived.Start(port);
+    }
+}
+
+TEST_F(SessionTest, AServerThatIsStoppedAtTheMomentOfAConnectionEnds)
+{
+    server.Stop();
+    for (int i = 0; i < 100; ++i) {
+        CServer shortLived(estate, report);
+        shortLived.Start(port);
+        Sockets::CSocket early;
+        early.SetTimeout(kDeadlineMs);
+        early.Connect(std::string("127.0.0.1"), port);
+        early.Abort();
+    }
+}
+
 TEST_F(SessionTest, TheServerStopsWhileAgentsAreConnected)
 {
     CAgentEnd agent(port);

@@ -1,5 +1,7 @@
 #include "Tools/Worker.h"
 
+#include <future>
+
 #include <gtest/gtest.h>
 
 #include "Support/Deadline.h"
@@ -55,6 +57,27 @@ TEST(WorkerTest, AnInterruptedThreadStopsItsWorkersAllTheSame)
     EXPECT_EQ(mask, current.GetInterruptMask());
     EXPECT_THROW(current.CheckInterrupt(), unsigned int); // it is still to come
     current.SetWaitInterrupt(nullptr);
+}
+
+TEST(WorkerTest, AThreadThatIsStoppedWhileItStopsAnotherEndsBehindIt)
+{
+    Threading::CEvent stopping;
+    stopping.Init(/*initialState=*/false, /*manualReset=*/true);
+    std::promise<void> release;
+    CWorker inner;
+    inner.Start(Call([&] { release.get_future().wait(); })); // doesn't see interrupts
+    CWorker outer;
+    outer.Start(Call([&] {
+        stopping.Set();
+        inner.Stop();
+        Idler()();
+    }));
+    ASSERT_EQ(URET_OK, stopping.Wait(kDeadlineMs));
+    ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return inner.IsStopping(); }));
+    auto stopped = std::async(std::launch::async, [&] { outer.Stop(); });
+    ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return outer.IsStopping(); }));
+    release.set_value();
+    EXPECT_EQ(std::future_status::ready, stopped.wait_for(kDeadline));
 }
 
 } // namespace

@@ -133,6 +133,16 @@ class Program(unittest.TestCase):
             self.assertTrue(core.lines.empty())
             self.assertEqual("", core.process.stderr.read())
 
+    def test_a_quit_right_at_the_start_ends_it_and_leaves_nothing_to_complain_of(self):
+        for options in ([], ["--scenario", os.path.join(SCENARIOS, "timeline.xml")]):
+            for attempt in range(20):
+                with self.subTest(options=options, attempt=attempt):
+                    port = free_port()
+                    done = subprocess.run([PROGRAM, "--port", str(port), *options], input="quit\n", capture_output=True,
+                                          text=True, timeout=DEADLINE)
+                    self.assertEqual((0, f"listening on 127.0.0.1:{port}\n", ""),
+                                     (done.returncode, done.stdout, done.stderr))
+
     def test_a_bad_command_is_said_on_standard_error_and_the_program_goes_on(self):
         with Coresim() as core:
             core.say("set status Overall many")
