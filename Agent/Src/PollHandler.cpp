@@ -57,6 +57,18 @@ enum EStep : int {
     StepEndRequest = 10
 };
 
+/// The thread's socket. Every read looks for an interrupt, since against a peer that sends without end no read ever
+/// comes to a wait, where interrupts are seen otherwise.
+class CBreakableSocket : public CSocket {
+public:
+    unsigned int Read(void * data, unsigned long long size, unsigned long long * read,
+                      VLK::Sockets::READ_MODE mode) override
+    {
+        VLK::Threading::CCurrentThread().CheckInterrupt();
+        return CSocket::Read(data, size, read, mode);
+    }
+};
+
 } // namespace
 
 /// The thread's state and its steps. One thread.
@@ -121,9 +133,9 @@ private:
 
     CKestrixRAIDAgent & m_agent;
     VLK::Threading::CInterruptGuard m_interrupts;
-    CSocket m_socket;         ///< CSock of the whole thread
-    CWaitInterval m_interval; ///< the deadline that all waits share
-    ORBA_EVENTINFO m_trap;    ///< of the connection's own traps; only its number is ever set
+    CBreakableSocket m_socket; ///< CSock of the whole thread
+    CWaitInterval m_interval;  ///< the deadline that all waits share
+    ORBA_EVENTINFO m_trap;     ///< of the connection's own traps; only its number is ever set
     int m_step = StepNone;
     bool m_toConnect = true;
 };
@@ -408,7 +420,9 @@ void CPollHandler::CountDown()
     bool const spanOver = now - m_agent.m_StartTime > static_cast<std::uint32_t>(m_agent.m_ASRunning);
     if (!spanOver && !IsProcessRunning(kTrapListener)) return;
     if (m_agent.m_ASIniting <= 0) ReleaseTraps();
-    m_agent.m_ASIniting -= static_cast<std::int32_t>(g_agentIntervals.intervalMs);
+    // A time from the registry may lie anywhere in 32 bits, so the count goes round instead of overflowing.
+    m_agent.m_ASIniting =
+        static_cast<std::int32_t>(static_cast<std::uint32_t>(m_agent.m_ASIniting) - g_agentIntervals.intervalMs);
     POLL_TRACE("\nWait %d.", m_agent.m_ASIniting);
 }
 

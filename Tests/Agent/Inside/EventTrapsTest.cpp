@@ -1,5 +1,7 @@
 // From events to traps, at once and in a delayed start.
 
+#include <limits>
+
 #include "Platform/Clock.h"
 #include "Tests/Agent/Support/AgentUnderTest.h"
 
@@ -182,6 +184,14 @@ TEST_F(DelayedStartTest, TheCountGoesDownByAnIntervalAtEachTickAndReleasesAtZero
     EXPECT_EQ(1u, TimesTraced("\nWait -20."));
     ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return TimesTraced("\ntRet=130\n") >= 7; }));
     EXPECT_FALSE(Traced("\nWait -40.")) << "with the queue open a tick does nothing more";
+}
+
+TEST_F(DelayedStartTest, ACountAtTheLowestEndReleasesAtTheFirstTickAndGoesRound)
+{
+    g_agentIntervals.listenerInitMs = std::numeric_limits<std::int32_t>::min() + 5;
+    CRawConnection connection = StartConnected();
+    EXPECT_EQ(2, agent->AwaitTrap().specific);
+    EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return Traced("\nWait 2147483633."); }));
 }
 
 TEST_F(DelayedStartTest, WithinTheSpanTheListenerCountsAsRunningOnAnyOrdinaryHost)

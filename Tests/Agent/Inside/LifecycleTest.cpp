@@ -1,5 +1,7 @@
 // Start and stop of the agent.
 
+#include <future>
+
 #include "Platform/Process.h"
 #include "Snmp/Frame/Globals.h"
 #include "Tests/Agent/Support/AgentUnderTest.h"
@@ -102,6 +104,26 @@ TEST_F(LifecycleTest, AThreadThatHangsInAReadIsMadeToLeaveIt)
     EXPECT_TRUE(Traced("\nKill Thread_PollHandler."));
     EXPECT_FALSE(agent->m_PollThread.WasTerminated());
     EXPECT_FALSE(agent->m_PollThread.handle);
+    EXPECT_TRUE(Traced("\nFinish Thread_PollHandler."));
+}
+
+TEST_F(LifecycleTest, AThreadThatIsFloodedWithDataIsMadeToLeaveToo)
+{
+    g_agentIntervals.closeLooks = 5;
+    g_agentIntervals.breakOffMs = 2000; // soon enough to catch a thread that leaves by luck, when the flood ebbs
+    CRawConnection connection = StartConnected();
+    ASSERT_TRUE(Flag(connection, 0x2));
+    ASSERT_TRUE(connection.Expect(Wire::Request(1) + Wire::Int(1) + Wire::kWaitAck));
+    connection.Send(Wire::Ack(0) + Wire::Int(1) + AnswerOf(1, 0));
+    // Behind the record, where the agent skips what is left of the answer, and never the end of it.
+    auto flood = std::async(std::launch::async, [&] {
+        Wire::CBytes const frames(65536, '\xC1');
+        while (connection.Send(frames)) {
+        }
+    });
+    ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return Traced("\nAdapterStatus:Phase 3"); }));
+    agent->CloseMib();
+    EXPECT_FALSE(agent->m_PollThread.WasTerminated());
     EXPECT_TRUE(Traced("\nFinish Thread_PollHandler."));
 }
 
