@@ -31,12 +31,18 @@ void Describe(CLI::App & app, SOptions & options)
     app.set_version_flag("--version", "kxra-coresim " KXRA_VERSION);
     app.add_option("--port", options.port, "TCP port on 127.0.0.1")->check(CLI::Range(1, 65535))->capture_default_str();
     CLI::Option * const scenario = app.add_option("--scenario", options.scenario, "Scenario file (XML)");
+    scenario->check([](std::string const & path) { return path.empty() ? "a name is missing" : ""; });
     auto const count = [&](char const * name, int & value, char const * what) {
         app.add_option(name, value, what)->check(CLI::Range(0, 100000))->excludes(scenario)->capture_default_str();
     };
     count("--controllers", options.size.controllers, "Without a scenario: number of controllers");
     count("--drives", options.size.drives, "Without a scenario: logical drives for each controller");
     count("--devices", options.size.devices, "Without a scenario: physical devices for each controller");
+    app.final_callback([&] {
+        if (RowsOf(options.size) > kMostRows)
+            throw CLI::ValidationError("an estate of " + std::to_string(RowsOf(options.size)) + " rows is too large (" +
+                                       std::to_string(kMostRows) + " at the most)");
+    });
     app.add_flag("--quiet", options.quiet, "Print nothing but errors");
     app.footer(std::string("Commands on standard input:\n") + CCommands::Help());
 }

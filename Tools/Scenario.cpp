@@ -24,6 +24,15 @@ public:
     using CBadInput::CBadInput;
 };
 
+/// Raises CBadInput when the node has an attribute twice, which the parser lets pass.
+void ExpectNoRepetition(xml_node node)
+{
+    for (xml_attribute const attribute : node.attributes()) {
+        if (node.attribute(attribute.name()) != attribute)
+            throw CBadInput(std::string("the attribute '") + attribute.name() + "' is there twice");
+    }
+}
+
 /// One file being read: knows where a node stands.
 class CReader {
 public:
@@ -60,6 +69,7 @@ private:
     }
 
     void LoadText();
+    xml_node Root(xml_document const & document) const;
     void ReadEstate(xml_node node);
     void ReadController(xml_node node);
     void ReadDrive(xml_node node, int controller);
@@ -68,12 +78,14 @@ private:
     SStep ReadStep(xml_node node);
     SChange ReadChange(xml_node node);
     SChange ReadEvent(xml_node node);
+    std::string TextOf(xml_node node) const;
 
     /// Fills a record's fields from the node's attributes; keys were given by the surrounding nodes.
     template <class TRecord>
     void Fill(TRecord & record, xml_node node) const
     {
         At(node, [&] {
+            ExpectNoRepetition(node);
             for (xml_attribute const attribute : node.attributes())
                 SetField(record, attribute.name(), attribute.value());
         });
@@ -100,6 +112,7 @@ std::string Required(xml_node node, char const * name)
 template <std::size_t COUNT>
 void ExpectAttributes(xml_node node, std::array<std::string_view, COUNT> const & known)
 {
+    ExpectNoRepetition(node);
     for (xml_attribute const attribute : node.attributes()) {
         if (std::find(known.begin(), known.end(), attribute.name()) == known.end())
             throw CBadInput(std::string("there is no attribute '") + attribute.name() + "' here");
@@ -123,22 +136,36 @@ void CReader::LoadText()
 {
     std::ifstream file(m_path, std::ios::binary);
     if (!file) throw CBadInput(m_path + ": can't be opened");
-    m_text.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-    if (file.bad()) throw CBadInput(m_path + ": can't be read");
+    std::ostringstream text;
+    text << file.rdbuf(); // leaves a failure in the state, where an iterator over the buffer raises it
+    if (file.peek() != std::ifstream::traits_type::eof() || file.bad()) throw CBadInput(m_path + ": can't be read");
+    m_text = std::move(text).str();
 }
 
 SScenario CReader::Read()
 {
     LoadText();
     xml_document document;
-    auto const result = document.load_buffer(m_text.data(), m_text.size(), pugi::parse_default, pugi::encoding_utf8);
+    // As a fragment, so that text around the root isn't passed over.
+    auto const result = document.load_buffer(m_text.data(), m_text.size(), pugi::parse_default | pugi::parse_fragment,
+                                             pugi::encoding_utf8);
     if (!result) Fail(result.offset, result.description());
-    xml_node const root = document.document_element();
-    if (std::string_view(root.name()) != "estate")
-        Fail(root.offset_debug(), std::string("<estate> was expected, not <") + root.name() + ">");
+    xml_node const root = Root(document);
     At(root, [&] { ExpectAttributes(root, std::array<std::string_view, 0>{}); });
     ReadEstate(root);
     return std::move(m_scenario);
+}
+
+xml_node CReader::Root(xml_document const & document) const
+{
+    xml_node const root = document.document_element();
+    if (!root) Fail(0, "<estate> was expected, and there is no element");
+    if (std::string_view(root.name()) != "estate")
+        Fail(root.offset_debug(), std::string("<estate> was expected, not <") + root.name() + ">");
+    for (xml_node const node : document.children()) {
+        if (node != root) FailUnknown(node);
+    }
+    return root;
 }
 
 void CReader::ReadEstate(xml_node node)
@@ -277,6 +304,17 @@ SChange CReader::ReadChange(xml_node node)
     return change;
 }
 
+std::string CReader::TextOf(xml_node node) const
+{
+    std::string text;
+    At(node, [&] { ExpectAttributes(node, std::array<std::string_view, 0>{}); });
+    for (xml_node const piece : node.children()) {
+        if (piece.type() == pugi::node_element) FailUnknown(piece);
+        text += piece.value();
+    }
+    return text;
+}
+
 SChange CReader::ReadEvent(xml_node node)
 {
     using SNMP::ORBA_EVENTINFO;
@@ -292,7 +330,7 @@ SChange CReader::ReadEvent(xml_node node)
         for (xml_node const child : node.children()) {
             if (std::string_view(child.name()) != "text") FailUnknown(child);
             if (count == texts.size()) throw CBadInput("an event has six texts at the most");
-            change.event.*texts[count++] = child.text().get();
+            change.event.*texts[count++] = TextOf(child);
         }
     });
     return change;

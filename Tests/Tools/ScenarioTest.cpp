@@ -100,6 +100,19 @@ TEST(ScenarioTest, AFileThatIsNotThereIsNamed)
     EXPECT_EQ("/nowhere/at/all.xml: can't be opened", FailureOf("/nowhere/at/all.xml"));
 }
 
+TEST(ScenarioTest, AFolderInPlaceOfTheFileIsNamed)
+{
+    std::string const folder = std::filesystem::temp_directory_path().string();
+    EXPECT_EQ(folder + ": can't be read", FailureOf(folder));
+}
+
+TEST(ScenarioTest, ATextMayBeMadeOfSeveralPieces)
+{
+    CScenarioFile const file("<?xml version='1.0'?><!-- first --><estate><timeline><at seconds='1'><event id='1'>"
+                             "<text>a <![CDATA[<b>]]> c</text></event></at></timeline></estate>\n<!-- last -->\n");
+    EXPECT_EQ("a <b> c", ReadScenario(file.Path()).timeline.steps.at(0).changes.at(0).event.Param1);
+}
+
 struct SMistake {
     char const * name;
     char const * text;
@@ -118,7 +131,22 @@ TEST_P(ScenarioMistakeTest, IsReportedWithFileLineAndReason)
 INSTANTIATE_TEST_SUITE_P(
     Table, ScenarioMistakeTest,
     testing::Values(
-        SMistake{"Empty", "", 1, "No document element found"},
+        SMistake{"Empty", "", 1, "<estate> was expected, and there is no element"},
+        SMistake{"TextAlone", "estate", 1, "<estate> was expected, and there is no element"},
+        SMistake{"SecondRoot", "<estate/>\n<estate/>", 2, "<estate> is out of place here"},
+        SMistake{"TextBehindTheRoot", "<estate/>\n\nand more", 3, "text is out of place here"},
+        SMistake{"TextAheadOfTheRoot", "\nmore\n<estate/>", 2, "text is out of place here"},
+        SMistake{"RepeatedField", "<estate>\n<controller Nr='1' Nr='2'/></estate>", 2,
+                 "<controller>: the attribute 'Nr' is there twice"},
+        SMistake{"RepeatedAttribute", "<estate><timeline repeat='yes' repeat='no'/></estate>", 1,
+                 "<timeline>: the attribute 'repeat' is there twice"},
+        SMistake{
+            "ElementInAText",
+            "<estate><timeline><at seconds='1'><event id='1'><text>a\n<b/></text></event></at></timeline></estate>", 2,
+            "<b> is out of place here"},
+        SMistake{"AttributeOfAText",
+                 "<estate><timeline><at seconds='1'><event id='1'>\n<text a='1'/></event></at></timeline></estate>", 2,
+                 "<text>: there is no attribute 'a' here"},
         SMistake{"NotXml", "<estate>\n<status", 2, "Error parsing start element tag"},
         SMistake{"OtherRoot", "\n<raid/>", 2, "<estate> was expected, not <raid>"},
         SMistake{"AttributeOfTheRoot", "<estate a='1'/>", 1, "<estate>: there is no attribute 'a' here"},

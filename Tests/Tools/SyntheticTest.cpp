@@ -22,6 +22,15 @@ TEST(SyntheticTest, HasTheSizeThatWasAskedForAndNoIndexTwice)
     EXPECT_EQ(4, estate.controllers[0].NumberChannels);
 }
 
+TEST(SyntheticTest, TheRowsOfTheLargestSizesAreCountedWithoutAnOverflow)
+{
+    EXPECT_EQ(3, RowsOf({1, 1, 1}));
+    EXPECT_EQ(20000100000, RowsOf({100000, 100000, 100000}));
+    EXPECT_EQ(static_cast<std::size_t>(RowsOf({3, 2, 4})), [](SEstate const & e) {
+        return e.controllers.size() + e.drives.size() + e.devices.size();
+    }(MakeSyntheticEstate({3, 2, 4})));
+}
+
 TEST(SyntheticTest, AnEmptyEstateIsPossible)
 {
     SEstate const estate = MakeSyntheticEstate({0, 5, 5});

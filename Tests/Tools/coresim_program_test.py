@@ -94,7 +94,8 @@ class Program(unittest.TestCase):
 
     def test_mistakes_on_the_command_line_are_one_line_and_status_2(self):
         for arguments in (["--prot", "1"], ["--port", "0"], ["--port", "65536"], ["--port", "x"], ["--drives", "-1"],
-                          ["--scenario", "a", "--drives", "1"], ["stray"]):
+                          ["--scenario", "a", "--drives", "1"], ["stray"], ["--scenario", ""],
+                          ["--controllers", "100000", "--devices", "100000"]):
             with self.subTest(arguments=arguments):
                 status, output, errors = run(*arguments)
                 self.assertEqual((2, ""), (status, output))
