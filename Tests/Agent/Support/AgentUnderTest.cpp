@@ -276,14 +276,19 @@ bool CAgentTest::Traced(std::string const & line) const
 
 void CAgentTest::ExpectTraced(std::vector<std::string> const & lines) const
 {
-    std::vector<std::string> const traced = Trace();
-    auto position = traced.begin();
-    for (std::string const & line : lines) {
-        auto const found = std::find(position, traced.end(), line);
-        if (found == traced.end()) {
-            ADD_FAILURE() << "not traced, or not in its place: " << line;
-            return;
+    std::string missing;
+    auto const areTraced = [&] {
+        std::vector<std::string> const traced = Trace();
+        auto position = traced.begin();
+        for (std::string const & line : lines) {
+            position = std::find(position, traced.end(), line);
+            if (position == traced.end()) {
+                missing = line;
+                return false;
+            }
+            ++position;
         }
-        position = found + 1;
-    }
+        return true;
+    };
+    if (!HoldsWithin(kDeadline, areTraced)) ADD_FAILURE() << "not traced, or not in its place: " << missing;
 }

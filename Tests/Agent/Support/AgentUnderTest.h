@@ -91,7 +91,7 @@ protected:
     std::vector<std::string> Trace(unsigned int level = 6) const;
     bool Traced(std::string const & line) const;
     std::size_t TimesTraced(std::string const & line) const;
-    /// Expects the lines in this order, others between them.
+    /// Waits for the lines in this order, others between them: the agent may be on its way to the last ones.
     void ExpectTraced(std::vector<std::string> const & lines) const;
     bool HasEnded() const { return !agent->m_PollThread.IsRunning(); }
 
