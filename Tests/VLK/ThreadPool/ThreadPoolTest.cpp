@@ -3,11 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <future>
 #include <memory>
@@ -591,43 +589,46 @@ TEST_F(ThreadPoolTest, TheEndOfThePoolWaitsForRunningJobsAndDropsQueuedOnes)
 
 namespace {
 
-/// Lets the process have so many further descriptors, for a scope.
-class CDescriptorLimit {
-public:
-    explicit CDescriptorLimit(unsigned int further)
-    {
-        ::getrlimit(RLIMIT_NOFILE, &m_Former);
-        int const lowest = ::dup(STDERR_FILENO); // the next one to be given out
-        ::close(lowest);
-        rlimit limited = m_Former;
-        limited.rlim_cur =
-            static_cast<rlim_t>(lowest) + further; // no lower: a poll may not name more than there can be
-        ::setrlimit(RLIMIT_NOFILE, &limited);
-    }
-    ~CDescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &m_Former); }
-    CDescriptorLimit(CDescriptorLimit const &) = delete;
-    CDescriptorLimit & operator=(CDescriptorLimit const &) = delete;
+constexpr int Unlimited = -1;
+std::atomic<int> g_nFurtherEvents{Unlimited};
 
-private:
-    rlimit m_Former{};
+/// Lets the process make so many further events, for a scope.
+class CEventLimit {
+public:
+    explicit CEventLimit(int further) { g_nFurtherEvents = further; }
+    ~CEventLimit() { g_nFurtherEvents = Unlimited; }
+    CEventLimit(CEventLimit const &) = delete;
+    CEventLimit & operator=(CEventLimit const &) = delete;
 };
 
-struct SDescriptors {
+struct SEvents {
     char const * name;
-    unsigned int further;
+    int further;
     std::uint32_t raised;
 };
 
 } // namespace
 
-class ThreadPoolWithoutMeansTest : public ThreadPoolTest, public testing::WithParamInterface<SDescriptors> {};
+class ThreadPoolWithoutMeansTest : public ThreadPoolTest, public testing::WithParamInterface<SEvents> {};
+
+// The linker puts this in the place of the system's eventfd.
+extern "C" int __real_eventfd(unsigned int count, int flags);
+extern "C" int __wrap_eventfd(unsigned int count, int flags)
+{
+    if (g_nFurtherEvents == 0) {
+        errno = EMFILE;
+        return -1;
+    }
+    if (g_nFurtherEvents != Unlimited) --g_nFurtherEvents;
+    return __real_eventfd(count, flags);
+}
 
 TEST_P(ThreadPoolWithoutMeansTest, AJobThatFindsNoThreadIsNotTaken)
 {
     const auto alive = std::make_shared<int>(0);
     m_Pool.Init(0, 0, Forever);
     {
-        CDescriptorLimit const limit(GetParam().further);
+        CEventLimit const limit(GetParam().further);
         EXPECT_EQ(GetParam().raised, RaisedBy([&] { m_Pool.Enqueue(DelegateOf([alive] { ++*alive; })); }));
     }
     EXPECT_EQ((SState{0, 0, 0, 0, 0, 0}), m_Pool.State());
@@ -636,15 +637,15 @@ TEST_P(ThreadPoolWithoutMeansTest, AJobThatFindsNoThreadIsNotTaken)
     RunAsJob(m_Pool, [] {});
 }
 
-INSTANTIATE_TEST_SUITE_P(Descriptors, ThreadPoolWithoutMeansTest,
-                         testing::Values(SDescriptors{"NoneForTheWakeUp", 0, Errors::SyncCreate},
-                                         SDescriptors{"NoneForTheThread", 1, Errors::ThreadStart}),
+INSTANTIATE_TEST_SUITE_P(Events, ThreadPoolWithoutMeansTest,
+                         testing::Values(SEvents{"NoneForTheWakeUp", 0, Errors::SyncCreate},
+                                         SEvents{"NoneForTheThread", 1, Errors::ThreadStart}),
                          [](const auto & test) { return std::string(test.param.name); });
 
 TEST_F(ThreadPoolTest, InitThatFailsLeavesThePoolClosed)
 {
     {
-        CDescriptorLimit const limit(0);
+        CEventLimit const limit(0);
         EXPECT_EQ(Errors::SyncCreate, RaisedBy([&] { m_Pool.Init(0, 0, 0); }));
     }
     EXPECT_TRUE(m_Pool.IsClosed());
@@ -663,7 +664,7 @@ TEST_F(ThreadPoolTest, AQueuedJobThatFindsNoThreadAfterAnExceptionWaitsForTheNex
     done.Init(false, false);
     m_Pool.Enqueue(DelegateOf([&] { done.Set(); }));
     {
-        CDescriptorLimit const limit(0);
+        CEventLimit const limit(0);
         m_Held.LetAllGo();
         ExpectState(m_Pool, {1, 0, 0, 1, 1, 1});
     }
