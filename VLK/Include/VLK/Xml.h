@@ -5,6 +5,8 @@
 #include <string>
 #include <type_traits>
 
+#include "VLK/Export.h"
+
 /// XML documents and XPath: pugixml under the foundation's name, with overloads that take standard strings. Texts are
 /// UTF-8. A document and its handles belong to one thread at a time.
 namespace VLK::XML {
@@ -12,7 +14,7 @@ namespace VLK::XML {
 using namespace pugi;
 
 /// Handle of an attribute; the document owns it.
-class xml_attribute : public pugi::xml_attribute {
+class VLK_API xml_attribute : public pugi::xml_attribute {
 public:
     using pugi::xml_attribute::xml_attribute;
     xml_attribute() noexcept = default;
@@ -20,7 +22,7 @@ public:
 
     using pugi::xml_attribute::set_value;
     /// False on an empty handle or without memory.
-    bool set_value(std::string const & value) { return set_value(value.c_str()); }
+    bool set_value(std::string const & value);
     /// Any value that set_value takes, without its result.
     template <class T>
     requires(!std::is_convertible_v<T, pugi::xml_attribute>) xml_attribute & operator=(T const & value)
@@ -34,13 +36,14 @@ public:
 };
 
 /// The text of an element.
-class xml_text : public pugi::xml_text {
+class VLK_API xml_text : public pugi::xml_text {
 public:
     xml_text() = default;
     xml_text(pugi::xml_text const & text) noexcept : pugi::xml_text(text) {}
 
     using pugi::xml_text::set;
-    bool set(std::string const & value) { return set(value.c_str()); }
+    /// False on an empty handle or without memory.
+    bool set(std::string const & value);
     /// Any value that set takes, without its result.
     template <class T>
     requires(!std::is_convertible_v<T, pugi::xml_text>) xml_text & operator=(T const & value)
@@ -109,15 +112,20 @@ public:
     xpath_node select_node(xpath_query const & query) const;
 };
 
+// The bases are as visible as their own arguments are unless it is said here, in front of their first use.
+extern template class VLK_API TNodeAccess<pugi::xml_node>;
+extern template class VLK_API TNodeAccess<pugi::xml_document>;
+
 /// Handle of a node; the document owns it.
-class xml_node : public TNodeAccess<pugi::xml_node> {
+class VLK_API xml_node : public TNodeAccess<pugi::xml_node> {
 public:
     using TNodeAccess::TNodeAccess;
     xml_node() noexcept = default;
     xml_node(pugi::xml_node const & node) noexcept : TNodeAccess(node.internal_object()) {}
 
     using pugi::xml_node::set_value;
-    bool set_value(std::string const & value) { return set_value(value.c_str()); }
+    /// False on an empty handle, without memory, and on a node that has no value.
+    bool set_value(std::string const & value);
 };
 
 /// What an XPath query found: a node, or an attribute and its node.
@@ -132,18 +140,15 @@ public:
 };
 
 /// Owner of a tree of nodes.
-class xml_document : public TNodeAccess<pugi::xml_document> {
+class VLK_API xml_document : public TNodeAccess<pugi::xml_document> {
 public:
     // By its full name: the bare one is the base class here.
-    XML::xml_node document_element() const { return pugi::xml_document::document_element(); }
+    XML::xml_node document_element() const;
 
     using pugi::xml_document::save_file;
     /// False when the file can't be written.
     bool save_file(std::string const & path, char_t const * indent = "\t", unsigned int flags = format_default,
-                   xml_encoding encoding = encoding_auto) const
-    {
-        return save_file(path.c_str(), indent, flags, encoding);
-    }
+                   xml_encoding encoding = encoding_auto) const;
 };
 
 template <class TBase>
