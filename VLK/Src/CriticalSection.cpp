@@ -2,6 +2,10 @@
 
 namespace VLK::Threading::Native_OS {
 
+CCriticalSection::CCriticalSection() noexcept : m_bUninitialised(true) {}
+
+CCriticalSection::~CCriticalSection() = default;
+
 void CCriticalSection::Use() noexcept
 {
     if (m_bUninitialised.load(std::memory_order_relaxed)) m_bUninitialised.store(false, std::memory_order_relaxed);

@@ -70,6 +70,15 @@ SocketFamily FamilyOf(sockaddr_storage const & address) noexcept
 
 } // namespace
 
+CSocketAddr::CSocketAddr() noexcept : m_PortNumber(0) {}
+
+CSocketAddr::~CSocketAddr() = default;
+
+std::uint64_t CSocketAddr::Count() const noexcept
+{
+    return m_IPv6.Count() + m_IPv4.Count();
+}
+
 CSocketAddr::CSocketAddr(sockaddr const & address) noexcept : m_PortNumber(0)
 {
     sockaddr_storage storage;

@@ -14,7 +14,8 @@ namespace VLK::Threading::Native_OS {
 /// Lock within the process, recursive for its owner. Comes into being at its first use.
 class VLK_API CCriticalSection : public Internals::CSyncObject {
 public:
-    CCriticalSection() noexcept : m_bUninitialised(true) {}
+    CCriticalSection() noexcept;
+    ~CCriticalSection();
     CCriticalSection(CCriticalSection const &) = delete;
     CCriticalSection & operator=(CCriticalSection const &) = delete;
 

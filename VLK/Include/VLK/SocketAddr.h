@@ -50,14 +50,14 @@ namespace VLK::Sockets {
 class VLK_API CSocketAddr {
 public:
     /// No address.
-    CSocketAddr() noexcept : m_PortNumber(0) {}
+    CSocketAddr() noexcept;
     /// The one address of a system's structure, with its port. A family other than IPv4 and IPv6 leaves it empty.
     explicit CSocketAddr(sockaddr const & address) noexcept;
     explicit CSocketAddr(sockaddr_storage const & address) noexcept;
     /// Raise "Out of memory"; the target of an assignment is empty then.
     CSocketAddr(CSocketAddr const & other);
     CSocketAddr & operator=(CSocketAddr const & other);
-    ~CSocketAddr() = default;
+    ~CSocketAddr();
 
     /// Replaces the content by what the name service gives for the host, in its order. An empty host means this one. A
     /// host that nobody knows means this one, too: that is intended. May take as long as the name service does.
@@ -71,7 +71,7 @@ public:
     unsigned int GetAddress(std::string & text) const;
     unsigned int GetAddress(Strings::CStringVar & text) const;
 
-    std::uint64_t Count() const noexcept { return m_IPv6.Count() + m_IPv4.Count(); }
+    std::uint64_t Count() const noexcept;
     /// The port with the one address of that place; without an address from Count() on.
     CSocketAddr operator[](std::uint64_t index) const noexcept;
 
