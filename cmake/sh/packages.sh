@@ -3,7 +3,7 @@
 packages_run="g++ cmake ninja-build pkg-config libboost-dev libboost-filesystem-dev libboost-system-dev
     libpugixml-dev libsnmp-dev libsystemd-dev libcli11-dev snmp snmptrapd"
 packages_test="$packages_run libgtest-dev libgmock-dev libbenchmark-dev libprotobuf-dev protobuf-compiler snmpd
-    smitools python3 binutils clang-format git xz-utils"
+    smitools python3 binutils clang-format git xz-utils abigail-tools systemd"
 
 # ensure_packages NAME...: installs what is missing, and says what it installs.
 ensure_packages() {
