@@ -4,11 +4,11 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <string_view>
 
 #include "Platform/NamedMutex.h"
+#include "Platform/StaticLock.h"
 #include "Snmp/Host/DebugSettings.h"
 
 inline constexpr std::size_t TraceBufferRoom = 65636; ///< bytes of one trace text with its NUL
@@ -59,8 +59,8 @@ private:
     void ReplaceFile(std::string const & path, SFileMutex * mutex);
     void WriteFile(std::string_view text);
 
-    std::mutex m_setupLock;
-    std::mutex m_textLock;
+    Platform::CStaticLock m_setupLock;
+    Platform::CStaticLock m_textLock;
     SFileMutex * m_fileMutex = nullptr;           ///< guarded by m_textLock
     char m_traceFilePath[TraceFilePathRoom] = {}; ///< guarded by m_textLock; empty: no file output
     char m_appName[48] = {};                      ///< guarded by m_textLock

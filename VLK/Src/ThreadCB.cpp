@@ -6,6 +6,7 @@
 
 #include "ErrLogData.h"
 #include "Platform/Clock.h"
+#include "Platform/StaticLock.h"
 #include "VLK/Exceptions.h"
 #include "VLK/Threads.h"
 #include "VLK/Trace.h"
@@ -16,7 +17,7 @@ namespace VLK::Internals {
 namespace {
 
 /// Guards all interrupt lists, the set flags of all interrupts and the installed interrupt of each thread. Innermost.
-constinit std::mutex g_InterruptLock;
+constinit Platform::CStaticLock g_InterruptLock;
 
 } // namespace
 
