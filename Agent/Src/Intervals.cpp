@@ -7,5 +7,6 @@ SAgentIntervals g_agentIntervals{
     .listenerInitMs = 180000,
     .closeLooks = 50,
     .closeLookMs = 100,
+    .firewallMs = 3000,
     .breakOffMs = 1000,
 };

@@ -10,6 +10,7 @@ struct SAgentIntervals {
     int listenerInitMs;       ///< how long the trap listener is then given to initialise
     unsigned int closeLooks;  ///< how often CloseMib looks whether the poll thread has ended
     unsigned int closeLookMs; ///< the pause between two looks
+    unsigned int firewallMs;  ///< what the constructor waits after it has added the firewall rules
     unsigned int breakOffMs;  ///< for a poll thread that hangs in a wait, to leave it before it is killed
 };
 

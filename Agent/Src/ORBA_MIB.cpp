@@ -43,6 +43,7 @@ CKestrixRAIDAgent::CKestrixRAIDAgent()
     Platform::StartSockets();
     if (NeedsFirewallRules()) {
         if (CDebug::Enabled()) CDebug::Trace(2, "\nCKestrixRAIDAgent(): Manage Windows Service Hardening");
+        ManageWSH();
     }
     StartAnew();
     ReadConfiguration();

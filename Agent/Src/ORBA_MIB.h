@@ -98,6 +98,11 @@ private:
     static std::uint32_t Thread_PollHandler(void * agent) noexcept;
     static void StartAnew();
     static void ReadConfiguration();
+    /// Adds an outbound and an inbound rule for the SNMP service to the firewall's service hardening, so that the
+    /// agent inside it reaches the core service. Always adds, without a look for rules of an earlier start. What
+    /// fails is traced and keeps nobody from anything; the first failure leaves out what would follow, so that
+    /// the outbound rule may stand alone. Waits some seconds once both are added.
+    void ManageWSH();
     bool BuildAndStart();
 
     template <class TEntry>

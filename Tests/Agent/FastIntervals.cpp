@@ -8,5 +8,6 @@ SAgentIntervals g_agentIntervals{
     .listenerInitMs = 900,
     .closeLooks = 50,
     .closeLookMs = 20,
+    .firewallMs = 30,
     .breakOffMs = 1000,
 };

@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include "Platform/Clock.h"
-#include "Platform/Host.h"
 #include "Tests/Agent/Support/AgentUnderTest.h"
 
 namespace {
@@ -40,7 +39,7 @@ protected:
         return false;
     }
 
-    static constexpr SAgentIntervals kProduct{1000, 30000, 60000, 180000, 50, 100, 1000};
+    static constexpr SAgentIntervals kProduct{1000, 30000, 60000, 180000, 50, 100, 3000, 1000};
 };
 
 TEST_F(ConfigurationTest, AHostWithoutAnythingHasNoDelayedStartAndTheDefaultPort)
@@ -55,13 +54,6 @@ TEST_F(ConfigurationTest, AHostWithoutAnythingHasNoDelayedStartAndTheDefaultPort
                   "\nCKestrixRAIDAgent(): check Kestrix file '" + (systemFolder / "ksVendor.ini").string() + "'",
                   "\nCKestrixRAIDAgent(): m_ASRunning = 60000, m_ASIniting = 180000, m_PortNumber = 3173"});
     EXPECT_FALSE(PortFailureTraced());
-}
-
-TEST_F(ConfigurationTest, WithoutAManagedFirewallTheHardeningIsNotTraced)
-{
-    ASSERT_FALSE(Platform::HasManagedFirewall());
-    Make();
-    EXPECT_FALSE(Traced("\nCKestrixRAIDAgent(): Manage Windows Service Hardening"));
 }
 
 TEST_F(ConfigurationTest, TheLifeOfTheObjectIsTracedAtItsLevels)

@@ -154,6 +154,7 @@ TEST_F(LibraryTest, TheProductsIntervalsAreTheSettledOnes)
     EXPECT_EQ(180000, g_agentIntervals.listenerInitMs);
     EXPECT_EQ(50u, g_agentIntervals.closeLooks);
     EXPECT_EQ(100u, g_agentIntervals.closeLookMs);
+    EXPECT_EQ(3000u, g_agentIntervals.firewallMs);
 }
 
 TEST_F(LibraryTest, ServesTheRegionAndTheAgentsOwnGroupWithoutACoreService)
