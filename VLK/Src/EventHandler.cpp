@@ -7,6 +7,7 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -28,20 +29,52 @@ std::optional<CClock::time_point> Deadline(std::chrono::milliseconds wait) noexc
     return now + wait;
 }
 
+/// A condition of what a recursive mutex guards. Unlike condition_variable_any it tells when its own mutex can't be
+/// locked, in place of ending the process.
+class CCondition {
+public:
+    /// Not one: it might be waiting for another id. Any thread that doesn't hold the guarding mutex.
+    void WakeAll()
+    {
+        std::lock_guard const own(m_Lock);
+        m_Condition.notify_all();
+    }
+
+    /// Lets `lock` go, waits and takes it again; false: the deadline is over. Without a deadline it waits for ever.
+    bool Wait(std::unique_lock<std::recursive_mutex> & lock, std::optional<CClock::time_point> const & deadline)
+    {
+        bool const woken = WaitUnlocked(lock, deadline);
+        lock.lock();
+        return woken;
+    }
+
+private:
+    bool WaitUnlocked(std::unique_lock<std::recursive_mutex> & lock, std::optional<CClock::time_point> const & deadline)
+    {
+        std::unique_lock own(m_Lock); // first, or a wake-up before the wait would be lost
+        lock.unlock();
+        if (deadline) return m_Condition.wait_until(own, *deadline) != std::cv_status::timeout;
+        m_Condition.wait(own);
+        return true;
+    }
+
+    std::mutex m_Lock;
+    std::condition_variable m_Condition;
+};
+
 } // namespace
 
 class CEventHandlerImpl {
 public:
     void Notify(int id)
     {
-        {
-            std::lock_guard const lock(m_Lock);
-            if (auto const pending = Find(id); pending != m_Pending.end())
-                ++pending->second;
-            else
-                m_Pending.emplace_back(id, 1u);
+        Add(id);
+        try {
+            m_Notified.WakeAll();
+        } catch (std::system_error const &) {
+            Take({id}); // whoever is told that it failed may notify again
+            throw;
         }
-        m_Notified.notify_all(); // not one: it might be waiting for another id
     }
 
     TResult Wait(std::initializer_list<int> const & ids, unsigned long long milliseconds)
@@ -52,10 +85,7 @@ public:
         auto const deadline = Deadline(std::chrono::milliseconds(looksOnly ? 0 : static_cast<long long>(milliseconds)));
         for (;;) {
             if (TResult const taken = Take(ids); taken.notified || looksOnly) return taken;
-            if (!deadline)
-                m_Notified.wait(lock);
-            else if (m_Notified.wait_until(lock, *deadline) == std::cv_status::timeout)
-                return {};
+            if (!m_Notified.Wait(lock, deadline)) return {};
         }
     }
 
@@ -68,8 +98,18 @@ private:
         return std::find_if(m_Pending.begin(), m_Pending.end(), [id](CPending const & p) { return p.first == id; });
     }
 
+    void Add(int id)
+    {
+        std::lock_guard const lock(m_Lock);
+        if (auto const pending = Find(id); pending != m_Pending.end())
+            ++pending->second;
+        else
+            m_Pending.emplace_back(id, 1u);
+    }
+
     TResult Take(std::initializer_list<int> const & ids)
     {
+        std::lock_guard const lock(m_Lock);
         for (int const id : ids) {
             auto const pending = Find(id);
             if (pending == m_Pending.end()) continue;
@@ -82,9 +122,9 @@ private:
         return {};
     }
 
-    CPendingList m_Pending;                 ///< guarded by m_Lock
-    std::recursive_mutex m_Lock;            ///< never held together with the condition's own mutex
-    std::condition_variable_any m_Notified; ///< with a mutex of its own, shared with those who leave it
+    CPendingList m_Pending; ///< guarded by m_Lock
+    std::recursive_mutex m_Lock;
+    CCondition m_Notified; ///< its mutex: only a wait takes it while it holds m_Lock
 };
 
 } // namespace VLK::Internals
@@ -104,14 +144,7 @@ CEventHandlerImpl & Need(CThrowState & state, CEventHandlerImpl * implementation
 
 } // namespace
 
-CEventHandler::CEventHandler() : m_pImpl(new (std::nothrow) CEventHandlerImpl)
-{
-    CThrowState state;
-    try {
-        if (m_pImpl == nullptr) VLK_RAISE(state, Errors::OutOfMemory);
-    }
-    VLK_THROW_NEXT_VOID(state)
-}
+CEventHandler::CEventHandler() noexcept : m_pImpl(new (std::nothrow) CEventHandlerImpl) {}
 
 CEventHandler::CEventHandler(CEventHandler && other) noexcept = default;
 
@@ -122,6 +155,8 @@ void CEventHandler::notifyOne(int id)
     CThrowState state;
     try {
         Need(state, m_pImpl.get()).Notify(id);
+    } catch (std::system_error const &) {
+        throw;
     }
     VLK_THROW_NEXT_VOID(state)
 }
@@ -131,6 +166,8 @@ CEventHandler::TResult CEventHandler::wait_for(std::initializer_list<int> const 
     CThrowState state;
     try {
         return Need(state, m_pImpl.get()).Wait(ids, milliseconds);
+    } catch (std::system_error const &) {
+        throw;
     }
     VLK_THROW_NEXT_AS(state, TResult())
 }

@@ -33,13 +33,18 @@ struct TResult {
 /// Ids that nobody waits for are remembered for ever.
 ///
 /// Threads  notifyOne and wait_for from any thread; construction, moving and destruction when nobody else uses it.
-/// Errors   NullPointer on a moved-from object. The interrupts of threads don't break the wait.
+/// Errors   NullPointer on a moved-from object, and on one that was made without memory. The interrupts of threads
+///          don't break the wait. When a mutex can't be locked, std::system_error leaves both operations as it is,
+///          on threads that disabled throwing too: the one exception of another kind that leaves the foundation. A
+///          handler is no object of the foundation's waits but stands on the mutex of the standard library, and a
+///          caller tells by the type that the rendezvous itself is broken. Nothing has changed then: the id isn't
+///          notified, and no notification is taken.
 class VLK_API CEventHandler {
 public:
     using TResult = CEventHandlerNS::wait_forNS::TResult;
 
-    /// Raises OutOfMemory.
-    CEventHandler();
+    /// Never raises: without memory the next call does.
+    CEventHandler() noexcept;
     CEventHandler(CEventHandler && other) noexcept;
     virtual ~CEventHandler();
 
