@@ -361,7 +361,10 @@ bool CThreadPool::CPoolThread::AwaitWork(CSyncGuard & guard)
 {
     POOL_TRACE("CPoolThread::Run", "Threads=%d, Idle=%d", Load(m_Pool.m_uThreads), Load(m_Pool.m_uIdleThreads));
     guard.Restore();
-    unsigned int result = WaitForWakeUp(Load(m_Pool.m_uIdleTime));
+    unsigned int const idleTime = Load(m_Pool.m_uIdleTime);
+    POOL_TRACE("CPoolThread::Run", "Before Wait(%d)", idleTime);
+    unsigned int result = WaitForWakeUp(idleTime);
+    if (result != URET_Error) POOL_TRACE("CPoolThread::Run", "After Wait()=%d", result);
     m_Pool.m_Lock.Enter(guard);
     // Enqueue may have set the event between the time-out and the lock.
     if (result == URET_Timeout) result = WaitForWakeUp(0);
@@ -387,10 +390,7 @@ unsigned int CThreadPool::CPoolThread::WaitForWakeUp(unsigned int timeout)
 {
     CThrowState state;
     try {
-        POOL_TRACE("CPoolThread::Run", "Before Wait(%d)", timeout);
-        unsigned int const result = m_WakeUp.Wait(timeout);
-        POOL_TRACE("CPoolThread::Run", "After Wait()=%d", result);
-        return result;
+        return m_WakeUp.Wait(timeout);
     }
     VLK_END_EXCEPTION(state)
     return URET_Error;

@@ -16,7 +16,9 @@
 #include "Platform/Thread.h"
 #include "PoolUnderTest.h"
 #include "RecordedTrace.h"
+#include "Support/AllocationFault.h"
 #include "VLK/ThreadCB.h"
+#include "VLK/WaitableCall.h"
 #include "VLK/Waiter.h"
 
 using namespace VLK;
@@ -642,6 +644,93 @@ INSTANTIATE_TEST_SUITE_P(Events, ThreadPoolWithoutMeansTest,
                                          SEvents{"NoneForTheThread", 1, Errors::ThreadStart}),
                          [](const auto & test) { return std::string(test.param.name); });
 
+namespace {
+
+/// Enqueues `job` with each allocation of that failing in turn, until none is left to fail; `check` looks at the pool
+/// after each failure. Returns how many there were.
+template <class TCheck>
+unsigned int SweepAllocations(CPoolUnderTest & pool, CDelegate const & job, TCheck const & check)
+{
+    for (unsigned int n = 1; n < 100; ++n) {
+        SCOPED_TRACE("allocation " + std::to_string(n));
+        bool fired = false;
+        std::uint32_t const raised = RaisedBy([&] {
+            CAllocationFault const fault(n);
+            struct SFired {
+                ~SFired() { fired = fault.Fired(); }
+                CAllocationFault const & fault;
+                bool & fired;
+            } const tell{fault, fired};
+            pool.Enqueue(job);
+        });
+        if (!fired) {
+            EXPECT_EQ(0u, raised);
+            return n - 1;
+        }
+        EXPECT_THAT(raised, testing::AnyOf(Errors::OutOfMemory, Errors::SyncCreate, Errors::ThreadStart))
+            << std::hex << raised;
+        check();
+    }
+    ADD_FAILURE() << "no end of allocations";
+    return 0;
+}
+
+} // namespace
+
+TEST_F(ThreadPoolTest, AJobForWhoseThreadThereIsNoMemoryIsNotTaken)
+{
+    const auto calls = std::make_shared<std::atomic<int>>(0);
+    CDelegate const job = DelegateOf([calls] { ++*calls; });
+    m_Pool.Init(0, 0, Forever);
+    EXPECT_LT(2u, SweepAllocations(m_Pool, job, [&] { // the thread's object, what it waits for and what it runs
+                  EXPECT_EQ((SState{0, 0, 0, 0, 0, 0}), m_Pool.State());
+                  EXPECT_EQ(2, calls.use_count()); // the caller's own
+              }));
+    ExpectState(m_Pool, {1, 1, 1, 0, 0, 0});
+    EXPECT_EQ(1, *calls);
+}
+
+TEST_F(ThreadPoolTest, AJobThatCannotBeQueuedForWantOfMemoryIsNotTaken)
+{
+    const auto calls = std::make_shared<std::atomic<int>>(0);
+    m_Pool.Init(0, 1, Forever);
+    m_Held.Enqueue(m_Pool);
+    m_Held.Enqueue(m_Pool);
+    m_Held.AwaitEntered(2);
+    CDelegate const job = DelegateOf([calls] { ++*calls; });
+    EXPECT_EQ(1u, SweepAllocations(m_Pool, job, [&] {
+                  EXPECT_EQ((SState{2, 0, 0, 2, 0, 0}), m_Pool.State());
+                  EXPECT_EQ(2, calls.use_count());
+              }));
+    EXPECT_EQ((SState{2, 0, 0, 2, 0, 1}), m_Pool.State());
+    m_Held.LetAllGo();
+    ExpectState(m_Pool, {1, 1, 1, 0, 1, 0});
+    EXPECT_EQ(1, *calls);
+}
+
+TEST_F(ThreadPoolTest, AJobGoesToAnIdleThreadWithoutAnAllocation)
+{
+    m_Pool.Init(0, 0, Forever);
+    RunAsJob(m_Pool, [] {});
+    ASSERT_TRUE(AwaitIdle(m_Pool, 1));
+    EXPECT_EQ(0u, SweepAllocations(m_Pool, DelegateOf([] {}), [] {}));
+}
+
+TEST_F(ThreadPoolTest, AWaitableCallWithoutAnEventRaisesAndIsNull)
+{
+    Delegates_and_Calls::TDelegate<Delegates_and_Calls::CWaitableCall> call;
+    const auto alive = std::make_shared<int>(0);
+    {
+        CEventLimit const limit(0);
+        EXPECT_EQ(Errors::SyncCreate, RaisedBy([&] {
+                      call = Delegates_and_Calls::TDelegate<Delegates_and_Calls::CWaitableCall>([alive] { ++*alive; });
+                  }));
+    }
+    EXPECT_FALSE(call.IsValid());
+    EXPECT_EQ(1, alive.use_count()); // the block is gone
+    EXPECT_EQ(Errors::SyncNotInitialized, RaisedBy([&] { call.Wait(0); }));
+}
+
 TEST_F(ThreadPoolTest, InitThatFailsLeavesThePoolClosed)
 {
     {
@@ -812,7 +901,12 @@ TEST_F(ThreadPoolTest, TracesATimeOutAndTheDeletionOfTheEndedThread)
     unsigned int id = 0;
     RunAsJob(m_Pool, [&] { id = CCurrentThread().GetThreadID(); });
     ExpectState(m_Pool, {0, 0, 0, 0, 1, 0});
-    EXPECT_TRUE(CRecordedTrace::Has(RunFunction, "Timeout - leave for() loop"));
+    std::vector<std::string> const run = CRecordedTrace::TextsOf(RunFunction);
+    auto const over = std::find(run.begin(), run.end(), "Timeout - leave for() loop");
+    ASSERT_LE(2, over - run.begin());
+    ASSERT_NE(run.end(), over);
+    EXPECT_EQ("After Wait()=130", over[-1]); // the second look is silent
+    EXPECT_EQ("Before Wait(1)", over[-2]);
     m_Pool.SetIdleTime(Forever);
     EXPECT_TRUE(HoldsWithin(kDeadline, [&] {
         m_Pool.Enqueue(CDelegate());

@@ -47,7 +47,7 @@ public:
 
     /// Takes a copy of the delegate and has it run once, on a thread of the foundation with both interrupts enabled.
     /// What a job raises ends the thread that it ran on, as it would end any other, and nothing else.
-    /// Raises PoolNotInitialized on a closed pool, OutOfMemory, ThreadStart; the job is not taken then.
+    /// Raises PoolNotInitialized on a closed pool, OutOfMemory, SyncCreate, ThreadStart; the job is not taken then.
     unsigned int Enqueue(Delegates_and_Calls::CDelegate job);
 
     /// Closes the pool: no further jobs are taken, and queued ones stay queued. On a pool without threads nothing
