@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Tools/BadInput.h"
+#include "Tools/Names.h"
 #include "Tools/Timeline.h"
 
 namespace Coresim {
@@ -52,6 +53,13 @@ SChange EventOf(Words const & words)
     for (std::size_t i = 2; i < words.size(); ++i)
         change.event.*texts[i - 2] = words[i];
     return change;
+}
+
+/// What was asked for, with the event's name.
+std::string TextOf(SNMP::ORBA_EVENTINFO const & event, Words const & words)
+{
+    std::string const text = "event " + EventText(event.TrapId);
+    return words.size() == 2 ? text : text + " with " + std::to_string(words.size() - 2) + " text(s)";
 }
 
 SChange SetOf(Words const & words)
@@ -141,8 +149,9 @@ bool CCommands::Execute(std::string const & line)
         SCommand const & command = FindCommand(words);
         std::string const name = command.name;
         if (command.change != nullptr) {
-            Apply(command.change(words), m_estate, m_server);
-            m_report.Say("done: " + line);
+            SChange const change = command.change(words);
+            Apply(change, m_estate, m_server);
+            m_report.Say("done: " + (change.kind == SChange::Kind::Event ? TextOf(change.event, words) : line));
         } else if (name == "help") {
             m_report.Say(Help());
         } else if (name == "drop") {

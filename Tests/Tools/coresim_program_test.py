@@ -160,6 +160,7 @@ class Program(unittest.TestCase):
             for event in shown:
                 core.say("event " + event.split()[0])
                 self.assertEqual("event " + event + " waits for an agent", core.expect("waits"))
+                self.assertEqual("done: event " + event, core.expect("done"))
             with core.connect() as agent:
                 agent.sendall(HELLO)
                 self.assertEqual(ACCEPTED + b"\x03", receive(agent, 4))
