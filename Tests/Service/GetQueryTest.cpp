@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeFunctions.h"
+#include "Support/AllocationFault.h"
 
 namespace {
 
@@ -128,6 +129,37 @@ TEST(GetQueryTest, ADroppedQueryMakesNoCall)
     query.Drop();
     query.Run(fake.functions);
     EXPECT_TRUE(fake.asked.empty());
+}
+
+/// An extension that needs no memory and knows every name.
+std::int32_t KnowAll(std::uint8_t, RFC1157VarBindList * list, std::uint32_t * status, std::uint32_t * index)
+{
+    *status = 0;
+    *index = 0;
+    for (std::uint32_t i = 0; i < list->len; ++i)
+        FakeInteger(list->list[i], 1);
+    return 1;
+}
+
+TEST(GetQueryTest, AnySingleFailedAllocationIsAnErrorOfTheNamesThatHaveNoAnswer)
+{
+    Service::SEntryPoints extension;
+    extension.query = KnowAll;
+    bool failed = false;
+    for (unsigned n = 1;; ++n) {
+        CGetQuery query(/*stopAtMissing=*/false);
+        query.Add(CArcs{1, 1});
+        query.Add(CArcs{1, 2});
+        const CAllocationFault fault(n);
+        query.Run(extension);
+        if (!fault.Fired()) break;
+        failed = true;
+        for (std::size_t i = 0; i < 2; ++i) {
+            EXPECT_EQ(EGot::Error, query.Got(i)) << n;
+            EXPECT_EQ(SNMP_ERRORSTATUS_RESOURCEUNAVAILABLE, query.Status(i)) << n;
+        }
+    }
+    EXPECT_TRUE(failed);
 }
 
 /// What an extension makes of a call that it fails as a whole.

@@ -231,6 +231,15 @@ TEST_F(LockListTest, ANameThatIsTooLongEndsTheList)
     EXPECT_TRUE(g_fakes.pinned.empty());
 }
 
+TEST_F(LockListTest, ALabelThatIsTooLongEndsTheList)
+{
+    List(std::string(259, 'a').c_str(), "Other.so");
+    List(std::string(260, 'b').c_str(), "present.so");
+    List("c", "present.so");
+    Initialize();
+    EXPECT_EQ((std::vector<std::string>{"Other.so"}), g_fakes.pinned);
+}
+
 TEST_F(LockListTest, IsLeftOutInACompatibilityLayer)
 {
     g_fakes.inCompatibilityLayer = true;
@@ -295,6 +304,16 @@ INSTANTIATE_TEST_SUITE_P(
                     SFilePath{"NoLetter", "1:\\abc", "D:\\data\\1:\\abc", false},
                     SFilePath{"Empty", "", "D:\\data\\", false}),
     [](auto const & test) { return std::string(test.param.name); });
+
+TEST_F(EnvironmentTest, AFilePathThatBeginsWithTheSystemsSeparatorStandsAsItIs)
+{
+    const std::string file = std::string(1, Platform::PathSeparator()) + "etc" + Platform::PathSeparator() + "a.ini";
+    m_registry.Text(std::string(kDefaultRoot) + "\\" + kModule + "\\FILE", "Ini", file);
+    Initialize();
+    std::string path;
+    EXPECT_EQ(1, m_agent.GetAgentRegFilePath("Ini", path));
+    EXPECT_EQ(file, path);
+}
 
 TEST_F(EnvironmentTest, AFilePathMayBeThatOfAnotherModule)
 {
