@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 
+#include "../NameHash.h"
 #include "Descriptor.h"
 #include "Mutex.h"
 #include "Platform/Clock.h"
@@ -39,14 +40,6 @@ struct SShared {
 constinit std::mutex g_lock;
 constinit SShared * g_first = nullptr;
 
-std::uint64_t Hash(std::string_view text) noexcept
-{
-    std::uint64_t hash = 14695981039346656037u; // FNV-1a
-    for (const char c : text)
-        hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211u;
-    return hash;
-}
-
 /// The file that stands for a name, in the memory file system where there is one: that of a service with a
 /// private /tmp is the others' too.
 std::string PathFor(char const * name)
@@ -54,7 +47,7 @@ std::string PathFor(char const * name)
     const std::string_view used(name, ::strnlen(name, MaxNameBytes));
     std::string file(used.substr(0, MaxPlainBytes));
     std::replace(file.begin(), file.end(), '/', '_');
-    if (used.size() > MaxPlainBytes) file.append(1, '-').append(std::to_string(Hash(used)));
+    if (used.size() > MaxPlainBytes) file.append(1, '-').append(std::to_string(NameHash(used)));
     std::string path = ::access("/dev/shm", W_OK) == 0 ? "/dev/shm/" : "/tmp/";
     return path.append("kxra-mutex.").append(file);
 }

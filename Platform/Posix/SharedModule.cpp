@@ -7,11 +7,11 @@
 #include <cstdio>
 #include <cstring>
 
+#include "../MangledName.h"
+
 namespace Platform {
 
 namespace {
-
-constexpr std::size_t SymbolRoom = 512;
 
 /// Looks for a loaded library by the last part of its path.
 struct SLoadedSearch {
@@ -45,22 +45,6 @@ ModuleHandle OpenLoaded(char const * fileName) noexcept
     return Quietly(::dlopen(search.path, RTLD_NOW | RTLD_NOLOAD));
 }
 
-/// Writes the name as the compiler's binary interface has it: _ZN, each part behind its length, E.
-bool Mangle(char const * qualifiedName, char (&symbol)[SymbolRoom]) noexcept
-{
-    std::size_t used = static_cast<std::size_t>(std::snprintf(symbol, SymbolRoom, "_ZN"));
-    for (char const * part = qualifiedName; part != nullptr && used < SymbolRoom;) {
-        char const * const end = std::strstr(part, "::");
-        int const length = static_cast<int>(end != nullptr ? static_cast<std::size_t>(end - part) : std::strlen(part));
-        used +=
-            static_cast<std::size_t>(std::snprintf(symbol + used, SymbolRoom - used, "%d%.*s", length, length, part));
-        part = end != nullptr ? end + 2 : nullptr;
-    }
-    if (used + 2 > SymbolRoom) return false;
-    std::memcpy(symbol + used, "E", 2);
-    return true;
-}
-
 } // namespace
 
 ModuleHandle OpenSharedModule(char const * baseName) noexcept
@@ -74,8 +58,8 @@ ModuleHandle OpenSharedModule(char const * baseName) noexcept
 
 void * SharedObject(ModuleHandle module, char const * qualifiedName) noexcept
 {
-    char symbol[SymbolRoom];
-    return module != nullptr && Mangle(qualifiedName, symbol) ? Quietly(::dlsym(module, symbol)) : nullptr;
+    char symbol[MangledNameRoom];
+    return module != nullptr && MangleName(qualifiedName, symbol) ? Quietly(::dlsym(module, symbol)) : nullptr;
 }
 
 } // namespace Platform
