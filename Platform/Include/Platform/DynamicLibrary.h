@@ -10,8 +10,9 @@ namespace Platform {
 
 using ModuleHandle = void *;
 
-/// Loads the library `file` with all its symbols bound and none of them made visible to others. On failure
-/// returns null and puts the system's one-line answer into `reason`.
+/// Loads the library `file` with all its symbols bound and none of them made visible to others; a name without a folder
+/// lies in the current one. Windows: libraries that it needs are looked for beside it first. On failure returns null
+/// and puts the system's one-line answer into `reason`.
 ModuleHandle LoadModule(std::string const & file, std::string & reason);
 /// Gives up one load of the module. Null is ignored.
 void UnloadModule(ModuleHandle module) noexcept;

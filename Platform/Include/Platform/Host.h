@@ -9,7 +9,7 @@
 /// Facts about this host. Any thread. Outputs keep their values on failure; what fills a text may raise std::bad_alloc.
 namespace Platform {
 
-/// Short name of this host, cut to capacity - 1 bytes.
+/// Short name of this host, cut to capacity - 1 bytes. Windows: the NetBIOS name.
 ErrorCode ComputerName(std::string & out, std::uint32_t capacity);
 /// Host name and domain as the name service knows them, whose answer may take seconds. The domain may be empty.
 ErrorCode DnsName(std::string & host, std::string & domain);
@@ -23,7 +23,8 @@ char PathSeparator() noexcept;
 struct SOsVersion {
     std::uint32_t major, minor, build;
 };
-/// The version that the system reports of itself. POSIX: the kernel's release.
+/// The version that the system reports of itself. POSIX: the kernel's release. Windows: at most the newest version that
+/// the program says it knows (Module.h has the file that tells the true one).
 ErrorCode OsVersion(SOsVersion & out) noexcept;
 
 /// Processor architecture, with the platform's numbers: 0 x86, 6 Itanium, 9 x64, else another.

@@ -7,8 +7,8 @@
 
 #include "Platform/Error.h"
 
-/// The modules of this process and the version blocks of files. Any thread. Outputs keep their values on failure; what
-/// fills a text or a map may raise std::bad_alloc.
+/// The modules of this process and the version blocks of files. Any thread unless told otherwise. Outputs keep their
+/// values on failure; what fills a text or a map may raise std::bad_alloc.
 namespace Platform {
 
 /// Full path of the module (library or program) that holds the address.
@@ -19,17 +19,18 @@ ErrorCode ProgramPath(std::string & out);
 /// The modules that are loaded in this process, at most 256: base name with extension, and the system's handle
 /// (POSIX: the address that the module was loaded at).
 ErrorCode LoadedModules(std::map<std::string, void *> & out);
-/// Raises the load count of a module that is loaded, for good; loads none. name: base name with extension, or a path.
+/// Keeps a module that is loaded for good; loads none. name: base name with extension, or a path.
 /// Returns the system's handle, or null when no such module is loaded.
 void * PinModule(char const * name) noexcept;
 /// Tells the system that a library needs no call for threads that begin and end. module: the system's handle, as
-/// the library got it at its attach. POSIX: there are no such calls.
+/// the library got it at its attach. POSIX: there are no such calls. Windows: they go on all the same for a library
+/// that has thread-local data of its own.
 void DisableThreadNotifications(void * module) noexcept;
 /// Whether the process runs in a compatibility layer for programs of another word size.
 bool RunsInCompatibilityLayer() noexcept;
 
-/// Version block of a file: fixed numbers and texts by language. On Windows the version resource, on POSIX the
-/// section that kxra_version_block() of the build puts into an ELF file.
+/// Version block of a file: fixed numbers and texts by language, put into a file of ours by kxra_version_block() of the
+/// build. On Windows the version resource, on POSIX a section of an ELF file.
 
 /// Size of the block, or 0 with the reason in `error` (ErrorNotFound: no such file).
 std::uint32_t VersionBlockSize(std::string const & path, ErrorCode & error);
@@ -37,7 +38,8 @@ std::uint32_t VersionBlockSize(std::string const & path, ErrorCode & error);
 ErrorCode ReadVersionBlock(std::string const & path, std::uint32_t size, std::string & out);
 /// Looks something up in a block, with the query syntax of the platform's version resources:
 /// "\\" the fixed file information (SFixedVersion), "\\VarFileInfo\\Translation" an array of 16-bit pairs
-/// (language, code page), "\\StringFileInfo\\LLLLCCCC\\Key" a text. `out` points into the block. False if absent.
+/// (language, code page), "\\StringFileInfo\\LLLLCCCC\\Key" a text. `out` points into the block; on Windows the system
+/// converts texts into a room at the block's end, so a block is for one thread at a time. False if absent.
 bool QueryVersionBlock(std::string const & block, char const * query, void const *& out, std::uint32_t & size) noexcept;
 
 /// The part of the fixed file information that is read here, as the platform publishes it.

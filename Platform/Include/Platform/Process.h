@@ -17,12 +17,14 @@ ErrorCode EnumProcesses(std::uint32_t * ids, std::uint32_t capacity, std::uint32
 
 struct SProcess;
 using ProcessHandle = SProcess *;
-/// Opens a process for reading its name; fails when it is gone or not readable by this process (POSIX: one of
-/// another user is readable with privileges only). The handle stays the process's own after its end: a later process
-/// with the same id is never met through it. The caller closes `out`.
+/// Opens a process for reading its name; fails when it is gone or not readable by this process (one of another user is
+/// readable with privileges only). The handle stays the process's own after its end: a later process with the same id
+/// is never met through it. Windows: while it is open, the process that ended can be opened again. The caller closes
+/// `out`.
 ErrorCode OpenProcess(ProcessHandle & out, std::uint32_t id) noexcept;
 void CloseProcess(ProcessHandle process) noexcept;
-/// Whether the process has at least one module. POSIX: whether it has a program at all (kernel threads don't).
+/// Whether the process has at least one module that can be listed. POSIX: whether it has a program at all (kernel
+/// threads don't).
 ErrorCode HasModules(ProcessHandle process) noexcept;
 /// File name of the process's program, without its directory. `out` keeps its value on failure.
 ErrorCode ProcessName(ProcessHandle process, std::string & out);

@@ -14,8 +14,14 @@
 /// A missing file is an empty registry; a line that can't be read is reported once with file, number and reason on
 /// standard error and passed over; a changed file is seen at the next Open. Keys and value names compare without
 /// regard to case (of ASCII and Latin-1 letters). Both views show the same data, and nothing is ever written, so
-/// full access is granted to whoever may read. Texts are UTF-8. One object, one thread at a time; objects are
-/// independent of each other. What fills a text of the caller may raise std::bad_alloc.
+/// full access is granted to whoever may read. Texts are UTF-8. What an open key shows stays as it was at Open.
+///
+/// Windows: the registry itself, nothing of which is written either. The default view is that of the process's word
+/// size, and whoever may not write gets no full access. Texts are in the system's character set. An open key shows
+/// each change at once.
+///
+/// One object, one thread at a time; objects are independent of each other. What fills a text of the caller may raise
+/// std::bad_alloc.
 namespace Platform {
 
 enum class RegistryView : std::uint8_t { Default, View64, View32 };
@@ -45,8 +51,8 @@ public:
     CRegistryKey & operator=(CRegistryKey && other) noexcept;
 
     /// path: below HKEY_LOCAL_MACHINE, parts separated by backslashes, one behind the last part is allowed. Closes
-    /// what was open before. ErrorNotFound when there is no such key, ErrorAccessDenied when it may not be read.
-    /// What an open key shows stays as it was at Open. A key exists when it or one below it was ever named.
+    /// what was open before. ErrorNotFound when there is no such key, ErrorAccessDenied when the access isn't granted.
+    /// A key exists when it or one below it was ever named.
     ErrorCode Open(std::string const & path, RegistryView view, RegistryAccess access);
     void Close() noexcept;
     bool IsOpen() const noexcept;
@@ -63,7 +69,7 @@ private:
 /// A dword of an open key; false when it is missing or of another type.
 bool ReadDword(CRegistryKey const & key, std::string const & name, std::uint32_t & out);
 
-/// Replaces each %NAME% by the environment variable of that name; an unknown name stays as it is.
+/// Replaces each %NAME% by the environment variable of that name; an unknown name stays as it is. text: without a NUL.
 std::string ExpandEnvironment(std::string const & text);
 
 } // namespace Platform

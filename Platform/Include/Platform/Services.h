@@ -12,6 +12,9 @@
 /// when systemd may not be asked or doesn't answer within 2 seconds, the standard unit path is searched. A masked unit
 /// doesn't exist.
 ///
+/// Windows: the service control manager of this computer with its active database; NAME is the service's own name, not
+/// the one that is displayed.
+///
 /// A manager with its services belongs to one thread at a time.
 namespace Platform {
 

@@ -7,7 +7,8 @@
 
 /// The SNMP utility functions, with the names and the meaning that the platform's SNMP extension interface
 /// publishes. All of them: any thread, no lock, no exception. Results of `int` are 1 for success and 0 for
-/// failure unless a comment says otherwise. Memory comes from SnmpUtilMemAlloc, which is malloc on POSIX.
+/// failure unless a comment says otherwise. Memory comes from SnmpUtilMemAlloc, which is malloc on POSIX. On Windows
+/// they are the system's own (snmpapi), which don't all say what they do about null and empty arguments.
 extern "C" {
 void * SnmpUtilMemAlloc(std::uint32_t bytes) noexcept;
 void * SnmpUtilMemReAlloc(void * block, std::uint32_t bytes) noexcept;

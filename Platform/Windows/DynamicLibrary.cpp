@@ -1,0 +1,51 @@
+#include "Platform/DynamicLibrary.h"
+
+#include "Platform/Error.h"
+#include "System.h"
+
+namespace Platform {
+
+namespace {
+
+/// The file's full path, from the current directory if need be; empty when the name is none.
+std::string FullPath(std::string const & file)
+{
+    std::string path(::GetFullPathNameA(file.c_str(), 0, nullptr, nullptr), '\0');
+    if (path.empty()) return path;
+    path.resize(::GetFullPathNameA(file.c_str(), static_cast<DWORD>(path.size()), path.data(), nullptr));
+    return path;
+}
+
+std::string Reason(std::string const & file, ErrorCode error)
+{
+    return file + ": " + ErrorText(error) + " (" + std::to_string(error) + ")";
+}
+
+} // namespace
+
+ModuleHandle LoadModule(std::string const & file, std::string & reason)
+{
+    // A name without a directory would be looked up on the loader's search path instead of where it was named. What
+    // the library itself asks for is looked up beside it first.
+    const std::string path = FullPath(file);
+    const HMODULE module = ::LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (module == nullptr) reason = Reason(file, LastError());
+    return module;
+}
+
+void UnloadModule(ModuleHandle module) noexcept
+{
+    if (module != nullptr) ::FreeLibrary(static_cast<HMODULE>(module));
+}
+
+void * ModuleSymbol(ModuleHandle module, char const * name) noexcept
+{
+    return reinterpret_cast<void *>(::GetProcAddress(static_cast<HMODULE>(module), name));
+}
+
+char const * ModuleFileSuffix() noexcept
+{
+    return ".dll";
+}
+
+} // namespace Platform
