@@ -91,7 +91,7 @@ void Detach()
 
 extern "C" {
 
-KXRA_EXPORT std::int32_t DllMain(void * module, std::uint32_t reason, void *)
+KXRA_EXPORT_ATTACH std::int32_t DllMain(void * module, std::uint32_t reason, void *)
 try {
     switch (reason) {
     case DLL_PROCESS_ATTACH:
