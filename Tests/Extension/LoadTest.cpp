@@ -1,58 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <memory>
-#include <set>
-#include <sstream>
+#include <algorithm>
 #include <thread>
 
-#include "LoadedExtension.h"
-#include "Support/Deadline.h"
+#include "ExtensionFixture.h"
+#include "Support/ProcessThreads.h"
 
 namespace {
-
-constexpr char kFile[] = TEST_EXTENSION_FILE;
-const std::string kA = "1.3.6.1.4.1.88417.99.1";
-const std::string kB = "1.3.6.1.4.1.88417.99.2";
-
-std::size_t EntriesOf(char const * directory)
-{
-    std::size_t count = 0;
-    for ([[maybe_unused]] auto const & entry : std::filesystem::directory_iterator(directory))
-        ++count;
-    return count;
-}
-
-std::size_t Threads()
-{
-    return EntriesOf("/proc/self/task");
-}
-
-std::size_t Descriptors()
-{
-    return EntriesOf("/proc/self/fd");
-}
-
-/// Sets a variable of the environment for a scope.
-class CEnvironment {
-public:
-    CEnvironment(char const * name, char const * value) : m_name(name) { ::setenv(name, value, 1); }
-    ~CEnvironment() { ::unsetenv(m_name); }
-    CEnvironment(CEnvironment const &) = delete;
-    CEnvironment & operator=(CEnvironment const &) = delete;
-
-private:
-    char const * m_name;
-};
-
-class ExtensionTest : public testing::Test {
-protected:
-    ExtensionTest() : m_noRegistry("KXRA_REGISTRY", "/nowhere/registry.reg") {}
-    CEnvironment m_noRegistry;
-};
 
 class StartedExtensionTest : public ExtensionTest {
 protected:
@@ -63,29 +18,11 @@ protected:
 
 } // namespace
 
-TEST_F(ExtensionTest, ExportsExactlyTheFiveFunctionsAndDllMain)
-{
-    const std::string command = std::string(NM_PROGRAM) + " -D --defined-only '" + kFile + "'";
-    const std::unique_ptr<FILE, int (*)(FILE *)> output(::popen(command.c_str(), "r"), &::pclose);
-    ASSERT_TRUE(output);
-    std::set<std::string> names;
-    char line[1024];
-    while (std::fgets(line, sizeof line, output.get()) != nullptr) {
-        std::istringstream words(line);
-        std::string address, kind, name;
-        words >> address >> kind >> name;
-        names.insert(name);
-    }
-    EXPECT_EQ((std::set<std::string>{"DllMain", "SnmpExtensionClose", "SnmpExtensionInit", "SnmpExtensionInitEx",
-                                     "SnmpExtensionQuery", "SnmpExtensionTrap"}),
-              names);
-}
-
 TEST_F(ExtensionTest, LoadingAloneStartsNothing)
 {
-    const std::size_t threads = Threads();
+    const std::size_t threads = ProcessThreads();
     const CLoadedExtension extension(kFile);
-    EXPECT_EQ(threads, Threads());
+    EXPECT_EQ(threads, ProcessThreads());
 }
 
 TEST_F(ExtensionTest, HandsOutItsRegionsInOrder)
@@ -97,17 +34,17 @@ TEST_F(ExtensionTest, HandsOutItsRegionsInOrder)
 
 TEST_F(ExtensionTest, WithoutARegionTheStartFailsAndNoThreadRuns)
 {
-    const CEnvironment none("TEST_EXTENSION_NO_REGION", "1");
+    const CScopedVariable none("TEST_EXTENSION_NO_REGION", "1");
     CLoadedExtension extension(kFile);
-    const std::size_t threads = Threads();
+    const std::size_t threads = ProcessThreads();
     const CSession session(extension);
     EXPECT_FALSE(session.Started());
-    EXPECT_EQ(threads, Threads());
+    EXPECT_EQ(threads, ProcessThreads());
 }
 
 TEST_F(ExtensionTest, RefusesRequestsUntilTheMibIsBuilt)
 {
-    const CEnvironment slowStart("TEST_EXTENSION_INIT_MS", "600000");
+    const CScopedVariable slowStart("TEST_EXTENSION_INIT_MS", "600000");
     CLoadedExtension extension(kFile);
     CSession session(extension);
     const SAnswer answer = session.Get(kA + ".1.1.0");
@@ -125,21 +62,6 @@ TEST_F(ExtensionTest, RefusesRequestsAfterClose)
     EXPECT_EQ(2u, session.Get(kA + ".1.1.0").status);
 }
 
-TEST_F(ExtensionTest, AttachingAgainWithoutUnloadingStartsAndClosesAnew)
-{
-    CLoadedExtension extension(kFile);
-    std::thread([] {}).join(); // what watches a program may start a thread of its own with the first one
-    for (int round = 0; round < 3; ++round) {
-        const std::size_t threads = Threads();
-        CSession session(extension);
-        ASSERT_TRUE(session.IsReady()) << round;
-        EXPECT_EQ("7", session.Get(kA + ".2.2.0").value);
-        EXPECT_EQ(0u, session.SetNumber(kA + ".2.2.0", 8).status);
-        session.Close();
-        EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return Threads() == threads; })) << round;
-    }
-}
-
 TEST_F(ExtensionTest, ClosingTwiceIsHarmless)
 {
     CLoadedExtension extension(kFile);
@@ -152,7 +74,7 @@ TEST_F(ExtensionTest, ClosingTwiceIsHarmless)
 
 TEST_F(ExtensionTest, ClosingEndsAnObjectThatWaits)
 {
-    const CEnvironment slow("TEST_EXTENSION_SLOW_MS", "600000");
+    const CScopedVariable slow("TEST_EXTENSION_SLOW_MS", "600000");
     CLoadedExtension extension(kFile);
     CSession session(extension);
     ASSERT_TRUE(session.IsReady());
@@ -167,7 +89,7 @@ TEST_F(ExtensionTest, ClosingEndsAnObjectThatWaits)
 TEST_F(ExtensionTest, TwentyLoadsLeaveNothingBehind)
 {
     std::size_t threads = 0;
-    std::size_t descriptors = 0;
+    std::uint32_t handles = 0;
     for (int round = 0; round < 20; ++round) {
         {
             CLoadedExtension extension(kFile);
@@ -181,11 +103,11 @@ TEST_F(ExtensionTest, TwentyLoadsLeaveNothingBehind)
         }
         ASSERT_FALSE(IsLoaded(kFile)) << round;
         if (round == 0) {
-            threads = Threads();
-            descriptors = Descriptors();
+            threads = ProcessThreads();
+            handles = Handles();
         }
-        ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return Threads() == threads; })) << round;
-        ASSERT_EQ(descriptors, Descriptors()) << round;
+        ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return ProcessThreads() == threads; })) << round;
+        ASSERT_EQ(handles, Handles()) << round;
     }
 }
 

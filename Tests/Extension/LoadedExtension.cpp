@@ -1,14 +1,15 @@
 #include "LoadedExtension.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <unistd.h>
 
 #include <cstring>
+#include <filesystem>
+#include <map>
 
+#include "Platform/Module.h"
 #include "Platform/SnmpUtil.h"
 #include "Support/Deadline.h"
+#include "Tests/Extension/TrapEvent.h"
 
 namespace {
 
@@ -82,10 +83,12 @@ SAnswer AnswerOf(RFC1157VarBind const & binding)
 
 } // namespace
 
-CLoadedExtension::CLoadedExtension(char const * file) : m_library(::dlopen(file, RTLD_NOW | RTLD_LOCAL))
+CLoadedExtension::CLoadedExtension(char const * file)
 {
-    if (m_library == nullptr) {
-        ADD_FAILURE() << ::dlerror();
+    std::string reason;
+    m_library.Reset(Platform::LoadModule(file, reason));
+    if (!m_library) {
+        ADD_FAILURE() << reason;
         return;
     }
     init = reinterpret_cast<SnmpExtensionInitFn>(Function("SnmpExtensionInit"));
@@ -93,36 +96,36 @@ CLoadedExtension::CLoadedExtension(char const * file) : m_library(::dlopen(file,
     query = reinterpret_cast<SnmpExtensionQueryFn>(Function("SnmpExtensionQuery"));
     trap = reinterpret_cast<SnmpExtensionTrapFn>(Function("SnmpExtensionTrap"));
     close = reinterpret_cast<SnmpExtensionCloseFn>(Function("SnmpExtensionClose"));
-    dllMain = reinterpret_cast<DllMainFn>(Function("DllMain"));
+    dllMain = reinterpret_cast<DllMainFn>(Platform::ModuleSymbol(m_library.Get(), "DllMain"));
 }
 
-CLoadedExtension::~CLoadedExtension()
+void CLoadedExtension::Call(std::uint32_t reason)
 {
-    if (m_library != nullptr) ::dlclose(m_library);
+    if (dllMain != nullptr) {
+        EXPECT_EQ(1, dllMain(nullptr, reason, nullptr));
+    }
 }
 
 void * CLoadedExtension::Function(char const * name)
 {
-    void * const function = ::dlsym(m_library, name);
+    void * const function = Platform::ModuleSymbol(m_library.Get(), name);
     if (function == nullptr) ADD_FAILURE() << name << " is missing";
     return function;
 }
 
 bool IsLoaded(char const * file)
 {
-    void * const library = ::dlopen(file, RTLD_LAZY | RTLD_NOLOAD);
-    if (library != nullptr) ::dlclose(library);
-    return library != nullptr;
+    std::map<std::string, void *> modules;
+    EXPECT_EQ(Platform::Success, Platform::LoadedModules(modules));
+    return modules.contains(std::filesystem::path(file).filename().string());
 }
 
 CSession::CSession(CLoadedExtension & extension, std::uint32_t uptimeReference) : m_extension(extension)
 {
-    EXPECT_EQ(1, m_extension.dllMain(nullptr, DLL_PROCESS_ATTACH, nullptr));
-    SnmpHandle event = nullptr;
+    m_extension.Call(DLL_PROCESS_ATTACH);
     AsnObjectIdentifier region{};
-    m_started = m_extension.init(uptimeReference, &event, &region);
+    m_started = m_extension.init(uptimeReference, &m_trapEvent, &region);
     if (m_started == 0) return;
-    m_trapEvent = static_cast<int>(reinterpret_cast<std::intptr_t>(event));
     do {
         m_regions.push_back(Dotted(region));
         SnmpUtilOidFree(&region);
@@ -132,7 +135,7 @@ CSession::CSession(CLoadedExtension & extension, std::uint32_t uptimeReference) 
 CSession::~CSession()
 {
     Close();
-    EXPECT_EQ(1, m_extension.dllMain(nullptr, DLL_PROCESS_DETACH, nullptr));
+    m_extension.Call(DLL_PROCESS_DETACH);
 }
 
 bool CSession::IsReady()
@@ -185,10 +188,7 @@ SAnswer CSession::Send(std::uint8_t type, RFC1157VarBind & binding)
 
 bool CSession::AwaitTrapEvent(int ms)
 {
-    pollfd wait{m_trapEvent, POLLIN, 0};
-    if (::poll(&wait, 1, ms) != 1) return false;
-    std::uint64_t signal = 0;
-    return ::read(m_trapEvent, &signal, sizeof signal) == sizeof signal;
+    return AwaitAndTake(m_trapEvent, ms);
 }
 
 bool CSession::TakeTrap(STrap & out)

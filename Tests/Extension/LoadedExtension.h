@@ -5,27 +5,28 @@
 #include <string>
 #include <vector>
 
+#include "Platform/DynamicLibrary.h"
 #include "Platform/SnmpExtension.h"
 
 /// An extension library in memory, as a host has it. Unloaded at the end.
 class CLoadedExtension {
 public:
-    /// Fails the test and stays empty when the file can't be loaded or lacks a function.
+    /// Fails the test and stays empty when the file can't be loaded or lacks one of the five functions.
     explicit CLoadedExtension(char const * file);
-    ~CLoadedExtension();
-    CLoadedExtension(CLoadedExtension const &) = delete;
-    CLoadedExtension & operator=(CLoadedExtension const &) = delete;
+
+    /// What is the host's to do where the loader doesn't do it by itself.
+    void Call(std::uint32_t reason);
 
     SnmpExtensionInitFn init = nullptr;
     SnmpExtensionInitExFn initEx = nullptr;
     SnmpExtensionQueryFn query = nullptr;
     SnmpExtensionTrapFn trap = nullptr;
     SnmpExtensionCloseFn close = nullptr;
-    DllMainFn dllMain = nullptr;
+    DllMainFn dllMain = nullptr; ///< null where the loader alone calls it
 
 private:
     void * Function(char const * name);
-    void * m_library;
+    Platform::CModuleHandle m_library;
 };
 
 /// Whether the file is loaded in this process.
@@ -79,7 +80,7 @@ private:
 
     CLoadedExtension & m_extension;
     std::int32_t m_started = 0;
-    int m_trapEvent = -1;
+    SnmpHandle m_trapEvent = nullptr;
     std::vector<std::string> m_regions;
 };
 

@@ -3,7 +3,8 @@
 
 /// While it lives, the calling thread's allocations fail from one of them on, or that one alone. Seen are those that
 /// the foundation's and the test's own code make; what the C++ library allocates within itself, such as the room of
-/// a std::string or of an exception, succeeds. One at a time for a thread.
+/// a std::string or of an exception, succeeds where that library is one of its own and fails too where it is a part of
+/// the program. One at a time in the process.
 class CFailingMemory {
 public:
     enum EFailures { FailOne, FailAll };

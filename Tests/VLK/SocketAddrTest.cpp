@@ -1,7 +1,6 @@
 #include "VLK/SocketAddr.h"
 
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 
 #include <cstring>
 #include <string>

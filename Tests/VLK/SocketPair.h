@@ -2,7 +2,6 @@
 #define TESTS_VLK_SOCKET_PAIR_H
 
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 
 #include <cstdint>
 #include <initializer_list>
@@ -103,8 +102,10 @@ inline bool IsSilent(VLK::Sockets::CSocket & socket)
 /// Closes the connection by a reset.
 inline void CloseByReset(VLK::Sockets::CSocket & socket)
 {
+    using CNativeSocket = decltype(::socket(0, 0, 0));
     const linger abrupt{1, 0};
-    EXPECT_EQ(0, ::setsockopt(static_cast<int>(socket.GetSocket()), SOL_SOCKET, SO_LINGER, &abrupt, sizeof abrupt));
+    EXPECT_EQ(0, ::setsockopt(static_cast<CNativeSocket>(socket.GetSocket()), SOL_SOCKET, SO_LINGER,
+                              reinterpret_cast<char const *>(&abrupt), sizeof abrupt));
     socket.Close();
 }
 

@@ -1,133 +1,11 @@
 // KXRA_MIB as a host loads it.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <set>
-#include <sstream>
-
 #include "Agent/Src/Intervals.h"
 #include "Platform/Module.h"
-#include "Platform/Process.h"
-#include "Tests/Agent/Support/Estate.h"
-#include "Tests/Agent/Support/RawPeer.h"
-#include "Tests/Extension/LoadedExtension.h"
-#include "Tests/Support/Deadline.h"
+#include "Tests/Agent/Library/LibraryFixture.h"
+#include "Tests/Support/ProcessThreads.h"
 
 namespace {
-
-constexpr char kRoot[] = "1.3.6.1.4.1.88417.2.49";
-
-std::size_t Threads()
-{
-    std::size_t count = 0;
-    for ([[maybe_unused]] auto const & entry : std::filesystem::directory_iterator("/proc/self/task"))
-        ++count;
-    return count;
-}
-
-std::uint32_t Handles()
-{
-    std::uint32_t count = 0;
-    EXPECT_TRUE(Platform::HandleCount(count));
-    return count;
-}
-
-struct SSymbol {
-    std::string kind;
-    std::string name;
-};
-
-std::vector<SSymbol> ExportedSymbols(std::string const & file)
-{
-    std::string const command = std::string(NM_PROGRAM) + " -D -C --defined-only '" + file + "'";
-    std::unique_ptr<FILE, int (*)(FILE *)> const output(::popen(command.c_str(), "r"), &::pclose);
-    std::vector<SSymbol> symbols;
-    char line[8192];
-    while (output && std::fgets(line, sizeof line, output.get()) != nullptr) {
-        std::istringstream words(line);
-        std::string address;
-        SSymbol symbol;
-        words >> address >> symbol.kind >> std::ws;
-        std::getline(words, symbol.name);
-        symbols.push_back(symbol);
-    }
-    return symbols;
-}
-
-class LibraryTest : public testing::Test {
-protected:
-    LibraryTest()
-        : folder(std::filesystem::temp_directory_path() /
-                 ("kxra_library_" + std::to_string(::rand()) + "_" + std::to_string(Platform::CurrentProcessId())))
-    {
-        std::filesystem::create_directories(folder / "bin");
-        WriteFile("registry.reg", "Windows Registry Editor Version 5.00\n\n"
-                                  "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Norvane\\Kestrix RAID]\n\"Path\"=\"" +
-                                      folder.string() + "\"\n");
-        WriteFile("bin/orDPatch.ini", "[orDPatch]\nPort=" + std::to_string(peer.Port()) + "\n");
-        ::setenv("KXRA_REGISTRY", (folder / "registry.reg").c_str(), 1);
-        ::setenv("KXRA_SYSTEM_DIRECTORY", folder.c_str(), 1);
-    }
-    ~LibraryTest() override
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder, ignored);
-    }
-    void WriteFile(std::string const & name, std::string const & text)
-    {
-        std::ofstream(folder / name, std::ios::binary) << text;
-    }
-
-    std::filesystem::path const folder;
-    CRawPeer peer;
-};
-
-TEST_F(LibraryTest, ShowsTheSixFunctionsAndTheFoundationAndNothingElse)
-{
-    for (char const * const file : {KXRA_LIBRARY, KXRA_FAST_LIBRARY}) {
-        std::set<std::string> functions;
-        std::vector<std::string> strange;
-        std::size_t foundation = 0;
-        for (SSymbol const & symbol : ExportedSymbols(file)) {
-            EXPECT_NE("u", symbol.kind) << symbol.name << " keeps the library in memory";
-            if (symbol.name.find("VLK::") != std::string::npos) {
-                ++foundation;
-            } else if (symbol.name.find("::") == std::string::npos) {
-                functions.insert(symbol.name);
-            } else {
-                strange.push_back(symbol.name);
-            }
-        }
-        EXPECT_EQ((std::set<std::string>{"DllMain", "SnmpExtensionClose", "SnmpExtensionInit", "SnmpExtensionInitEx",
-                                         "SnmpExtensionQuery", "SnmpExtensionTrap"}),
-                  functions);
-        EXPECT_TRUE(strange.empty()) << strange.front();
-        EXPECT_LT(100u, foundation);
-    }
-}
-
-TEST_F(LibraryTest, ShowsTheClassesOfTheFoundationWithTheirTypeInformation)
-{
-    std::set<std::string> names;
-    for (SSymbol const & symbol : ExportedSymbols(KXRA_LIBRARY))
-        names.insert(symbol.name);
-    for (char const * const type :
-         {"VLK::Sockets::CSocket", "VLK::Sockets::CVlkSocketClient", "VLK::Sockets::CVlkSocketServer",
-          "VLK::Threading::CThread", "VLK::Threading::CEvent", "VLK::Strings::CStringVar",
-          "VLK::Output_Streams::CFormatStream", "VLK::INI_Files::CIniFile", "VLK::Trace::CTrace",
-          "VLK::Misc::CModuleInfo", "VLK::Misc::CVlkApplication", "VLK::Exceptions::CException"}) {
-        EXPECT_TRUE(names.contains(std::string("typeinfo for ") + type)) << type;
-        // A thread adds no virtual operation of its own; its users bring the table along.
-        if (type != std::string("VLK::Threading::CThread")) {
-            EXPECT_TRUE(names.contains(std::string("vtable for ") + type)) << type;
-        }
-    }
-}
 
 TEST_F(LibraryTest, BearsItsVersionBlock)
 {
@@ -207,42 +85,14 @@ TEST_F(LibraryTest, IsLoadedUsedAndUnloadedAgainAndAgainWithoutARest)
         connection.ShutdownSend();
     };
     life();
-    std::size_t const threads = Threads();
+    std::size_t const threads = ProcessThreads();
     std::uint32_t const handles = Handles();
     for (int i = 0; i < 10; ++i) {
         life();
         EXPECT_FALSE(IsLoaded(KXRA_FAST_LIBRARY)) << "it really goes";
     }
-    EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return Threads() == threads; }));
+    EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return ProcessThreads() == threads; }));
     EXPECT_EQ(handles, Handles());
-}
-
-TEST_F(LibraryTest, AttachAndDetachWithoutAStartLeaveNothing)
-{
-    std::uint32_t handles = 0;
-    for (int i = 0; i < 5; ++i) {
-        {
-            CLoadedExtension extension(KXRA_LIBRARY);
-            EXPECT_EQ(1, extension.dllMain(nullptr, DLL_PROCESS_ATTACH, nullptr));
-            EXPECT_EQ(1, extension.dllMain(nullptr, DLL_PROCESS_DETACH, nullptr));
-        }
-        EXPECT_FALSE(IsLoaded(KXRA_LIBRARY));
-        if (i == 0) handles = Handles();
-    }
-    EXPECT_EQ(handles, Handles());
-}
-
-TEST_F(LibraryTest, ALibraryThatStaysLoadedIsAttachedAgain)
-{
-    CLoadedExtension extension(KXRA_FAST_LIBRARY);
-    for (int i = 0; i < 3; ++i) {
-        CSession session(extension);
-        CRawConnection connection = peer.AcceptAgent();
-        ASSERT_TRUE(Flag(connection, 0x2));
-        ASSERT_TRUE(Serve(connection, 1, AnswerOf(1, 0)));
-        EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return session.Get(std::string(kRoot) + ".1.3.1.0").status == 0; }));
-        connection.ShutdownSend();
-    }
 }
 
 TEST_F(LibraryTest, ACoreServiceThatHangsInMidFrameDoesNotKeepTheLibraryInMemory)
@@ -274,8 +124,8 @@ TEST_F(LibraryTest, LoadsWithoutAnyConfigurationAndWithABrokenOne)
     EXPECT_TRUE(session.Started());
     ::setenv("KXRA_REGISTRY", "/nowhere/registry.reg", 1);
     CLoadedExtension missing(KXRA_LIBRARY);
-    EXPECT_EQ(1, missing.dllMain(nullptr, DLL_PROCESS_ATTACH, nullptr));
-    EXPECT_EQ(1, missing.dllMain(nullptr, DLL_PROCESS_DETACH, nullptr));
+    missing.Call(DLL_PROCESS_ATTACH);
+    missing.Call(DLL_PROCESS_DETACH);
 }
 
 } // namespace

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
+#include <filesystem>
+#include <map>
 
+#include "Platform/DynamicLibrary.h"
+#include "Platform/Module.h"
 #include "Platform/Process.h"
 #include "Support/ScopedVariable.h"
 #include "Support/TempDirectory.h"
@@ -18,14 +21,17 @@ TEST(DebugUnloadTest, ALibraryThatTracedUnloadsAndLeavesNoHandleOpen)
     directory.Write("trace.log", "#");
     std::uint32_t before = 0;
     for (int round = 0; round < 4; ++round) {
-        void * const library = ::dlopen(KXRA_DEBUG_PROBE, RTLD_NOW);
-        ASSERT_NE(nullptr, library) << ::dlerror();
+        std::string reason;
+        Platform::CModuleHandle library(Platform::LoadModule(KXRA_DEBUG_PROBE, reason));
+        ASSERT_TRUE(library) << reason;
         using TraceFn = int (*)(char const *);
-        const auto trace = reinterpret_cast<TraceFn>(::dlsym(library, "TraceFromALibrary"));
+        const auto trace = reinterpret_cast<TraceFn>(Platform::ModuleSymbol(library.Get(), "TraceFromALibrary"));
         ASSERT_NE(nullptr, trace);
         EXPECT_EQ(1, trace("PROBE"));
-        ASSERT_EQ(0, ::dlclose(library));
-        EXPECT_EQ(nullptr, ::dlopen(KXRA_DEBUG_PROBE, RTLD_NOW | RTLD_NOLOAD));
+        library.Reset();
+        std::map<std::string, void *> modules;
+        ASSERT_EQ(Platform::Success, Platform::LoadedModules(modules));
+        EXPECT_FALSE(modules.contains(std::filesystem::path(KXRA_DEBUG_PROBE).filename().string()));
         std::uint32_t handles = 0;
         ASSERT_TRUE(Platform::HandleCount(handles));
         if (round == 0) before = handles;
