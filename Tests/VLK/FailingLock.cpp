@@ -3,27 +3,31 @@
 #include <pthread.h>
 
 #include <cerrno>
+#include <cstdint>
+
+#include "Support/ThreadNumber.h"
 
 namespace {
 
 /// Locks of this thread until one fails; 0: none will.
-thread_local unsigned int g_uUntilFailure = 0;
+constinit CThreadNumber g_untilFailure;
+const bool g_made = g_untilFailure.Make();
 
 } // namespace
 
 CFailingLock::CFailingLock(unsigned int n) noexcept
 {
-    g_uUntilFailure = n;
+    g_untilFailure.Set(n);
 }
 
 CFailingLock::~CFailingLock()
 {
-    g_uUntilFailure = 0;
+    g_untilFailure.Set(0);
 }
 
 bool CFailingLock::Fired() const noexcept
 {
-    return g_uUntilFailure == 0;
+    return g_untilFailure.Get() == 0;
 }
 
 // The linker puts this in the place of the function behind the underscores (--wrap, see CMakeLists.txt).
@@ -33,7 +37,10 @@ int __real_pthread_mutex_lock(pthread_mutex_t * mutex);
 
 int __wrap_pthread_mutex_lock(pthread_mutex_t * mutex)
 {
-    if (g_uUntilFailure != 0 && --g_uUntilFailure == 0) return EAGAIN;
+    if (const std::uintptr_t left = g_untilFailure.Get(); left != 0) {
+        g_untilFailure.Set(left - 1);
+        if (left == 1) return EAGAIN;
+    }
     return __real_pthread_mutex_lock(mutex);
 }
 }

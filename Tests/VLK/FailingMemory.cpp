@@ -3,47 +3,28 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <new>
 
-#include "Platform/Thread.h"
+#include "Support/ThreadNumber.h"
 
 namespace {
 
-using CNumber = std::uintptr_t;
-
-using CNumber = std::uintptr_t;
-
-constexpr std::uint32_t kNoSlot = ~std::uint32_t{0};
-
-/// Holds what the calling thread's allocations meet: twice the number of allocations until one fails (0: none does),
-/// and 1 when all behind it do. A slot of the system's, since a thread_local may have to be allocated itself.
-/// Allocations before it is there succeed.
-constinit std::uint32_t g_slot = kNoSlot;
-const Platform::ErrorCode g_noSlot = Platform::NewThreadSlot(g_slot);
+/// What the calling thread's allocations meet: twice the number of allocations until one fails (0: none does), and 1
+/// when all behind it do.
+constinit CThreadNumber g_state;
+const bool g_made = g_state.Make();
 std::atomic<bool> g_bFired{false};
-
-CNumber State() noexcept
-{
-    return g_slot == kNoSlot ? 0 : reinterpret_cast<CNumber>(Platform::ThreadSlotValue(g_slot));
-}
-
-void SetState(CNumber value) noexcept
-{
-    if (g_noSlot != Platform::Success || Platform::SetThreadSlotValue(g_slot, reinterpret_cast<void *>(value)) != 0)
-        std::abort(); // without a slot nothing would fail, and the tests would prove nothing
-}
 
 bool Fails() noexcept
 {
-    CNumber const state = State();
+    const std::uintptr_t state = g_state.Get();
     if (state >> 1 == 0) return false;
     if (state >> 1 > 1) {
-        SetState(state - 2);
+        g_state.Set(state - 2);
         return false;
     }
     g_bFired = true;
-    if ((state & 1) == 0) SetState(0);
+    if ((state & 1) == 0) g_state.Set(0);
     return true;
 }
 
@@ -52,12 +33,12 @@ bool Fails() noexcept
 CFailingMemory::CFailingMemory(unsigned int first, EFailures failures) noexcept
 {
     g_bFired = false;
-    SetState(CNumber{first} << 1 | (failures == FailAll ? 1 : 0));
+    g_state.Set(std::uintptr_t{first} << 1 | (failures == FailAll ? 1 : 0));
 }
 
 CFailingMemory::~CFailingMemory()
 {
-    SetState(0);
+    g_state.Set(0);
 }
 
 bool CFailingMemory::Fired() const noexcept
