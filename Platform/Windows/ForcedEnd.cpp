@@ -1,0 +1,6 @@
+#include "Platform/Thread.h"
+
+bool Platform::TerminatedThreadsGoOn() noexcept
+{
+    return false;
+}

@@ -1,0 +1,6 @@
+#include "Platform/Memory.h"
+
+void Platform::TuneMemoryForShortRequests() noexcept
+{
+    // The system's heap tunes itself.
+}
