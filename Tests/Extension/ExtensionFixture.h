@@ -8,6 +8,7 @@
 
 #include "Platform/Process.h"
 #include "Support/Deadline.h"
+#include "Support/RegistryFixture.h"
 #include "Support/ScopedVariable.h"
 #include "Tests/Extension/LoadedExtension.h"
 
@@ -27,7 +28,7 @@ inline std::uint32_t Handles()
 /// Without a registry.
 class ExtensionTest : public testing::Test {
 protected:
-    CScopedVariable m_noRegistry{"KXRA_REGISTRY", "/nowhere/registry.reg"};
+    CRegistryFixture m_noRegistry;
 };
 
 #endif

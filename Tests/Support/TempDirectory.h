@@ -4,19 +4,19 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
+#include <random>
 #include <string>
-
-#include <stdlib.h>
 
 /// A directory of its own for one test, removed with all in it.
 class CTempDirectory {
 public:
     CTempDirectory()
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "kxra-test-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary directory");
-        m_path = pattern;
+        std::random_device random;
+        do {
+            m_path = std::filesystem::temp_directory_path() / ("kxra-test-" + std::to_string(random()));
+        } while (!std::filesystem::create_directory(m_path)); // until it is nobody else's
+        std::filesystem::permissions(m_path, std::filesystem::perms::owner_all);
     }
     ~CTempDirectory()
     {

@@ -1,10 +1,10 @@
 // What the agent finds out when it is made.
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "Platform/Clock.h"
 #include "Tests/Agent/Support/AgentUnderTest.h"
+#include "Tests/Support/ScopedVariable.h"
 
 namespace {
 
@@ -15,13 +15,14 @@ protected:
     /// A registry that names the product's directory, with its orDPatch.ini.
     void InstallIni(std::string const & text)
     {
-        WriteRegistry(ProductKey("\"Path\"=\"" + (folder / "product").string() + "\"\n"));
+        registry.Write(ProductKey(PathValue(CRegistryFixture::Quoted((folder / "product").string()))));
         WriteFile(folder / "product/bin/orDPatch.ini", text);
     }
     static std::string ProductKey(std::string const & values)
     {
         return "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Norvane\\Kestrix RAID]\n" + values;
     }
+    static std::string PathValue(std::string const & value) { return "\"Path\"=" + value + '\n'; }
     static std::string DelayKey(std::string const & values)
     {
         return "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Norvane\\Kestrix RAID\\KXRA_MIB\\CurrentVersion]\n" + values;
@@ -51,7 +52,7 @@ TEST_F(ConfigurationTest, AHostWithoutAnythingHasNoDelayedStartAndTheDefaultPort
     EXPECT_EQ(3173u, agent->m_PortNumber);
     EXPECT_EQ(0, agent->m_AgentState);
     ExpectTraced({"\nCKestrixRAIDAgent(): c'tor...",
-                  "\nCKestrixRAIDAgent(): check Kestrix file '" + (systemFolder / "ksVendor.ini").string() + "'",
+                  "\nCKestrixRAIDAgent(): check Kestrix file '" + host.SystemFile("ksVendor.ini").string() + "'",
                   "\nCKestrixRAIDAgent(): m_ASRunning = 60000, m_ASIniting = 180000, m_PortNumber = 3173"});
     EXPECT_FALSE(PortFailureTraced());
 }
@@ -89,8 +90,8 @@ TEST_F(ConfigurationTest, ManagementServicesDelayTheStartFromNowOn)
 
 TEST_F(ConfigurationTest, AFileWithoutAServiceNameAsksForTheDefaultService)
 {
-    WriteFile(systemFolder / "ksVendor.ini", "[Vendor]\nName=Norvane\n");
-    WriteFile(unitFolder / "Kestrix\\x20Services.service", "[Service]\nExecStart=/bin/true\n");
+    host.WriteSystemFile("ksVendor.ini", "[Vendor]\nName=Norvane\n");
+    host.InstallService("Kestrix Services");
     Make();
     EXPECT_LT(0u, agent->m_StartTime);
     EXPECT_TRUE(Traced("\nCKestrixRAIDAgent(): Norvane Kestrix Services are installed"));
@@ -98,7 +99,7 @@ TEST_F(ConfigurationTest, AFileWithoutAServiceNameAsksForTheDefaultService)
 
 TEST_F(ConfigurationTest, AServiceThatIsNotInstalledMeansNoDelayedStart)
 {
-    WriteFile(systemFolder / "ksVendor.ini", "ServiceName=Nobody\n");
+    host.WriteSystemFile("ksVendor.ini", "ServiceName=Nobody\n");
     Make();
     EXPECT_EQ(0u, agent->m_StartTime);
     ExpectTraced({"\nCKestrixRAIDAgent(): found service name 'Nobody'",
@@ -107,7 +108,7 @@ TEST_F(ConfigurationTest, AServiceThatIsNotInstalledMeansNoDelayedStart)
 
 TEST_F(ConfigurationTest, OnlyTheFirstServiceNameCounts)
 {
-    WriteFile(systemFolder / "ksVendor.ini", "x\nServiceName=First\nServiceName=Second\n");
+    host.WriteSystemFile("ksVendor.ini", "x\nServiceName=First\nServiceName=Second\n");
     Make();
     EXPECT_TRUE(Traced("\nCKestrixRAIDAgent(): found service name 'First'"));
     EXPECT_FALSE(Traced("\nCKestrixRAIDAgent(): found service name 'Second'"));
@@ -115,8 +116,8 @@ TEST_F(ConfigurationTest, OnlyTheFirstServiceNameCounts)
 
 TEST_F(ConfigurationTest, AServiceNameBehindOtherCharactersDoesNotCount)
 {
-    WriteFile(systemFolder / "ksVendor.ini", " ServiceName=A\n;ServiceName=B\nservicename=C\n");
-    WriteFile(unitFolder / "Kestrix\\x20Services.service", "[Service]\nExecStart=/bin/true\n");
+    host.WriteSystemFile("ksVendor.ini", " ServiceName=A\n;ServiceName=B\nservicename=C\n");
+    host.InstallService("Kestrix Services");
     Make();
     for (std::string const & line : Trace())
         EXPECT_FALSE(line.starts_with("\nCKestrixRAIDAgent(): found service name")) << line;
@@ -125,8 +126,8 @@ TEST_F(ConfigurationTest, AServiceNameBehindOtherCharactersDoesNotCount)
 
 TEST_F(ConfigurationTest, AnEmptyServiceNameCountsAsNotInstalled)
 {
-    WriteFile(systemFolder / "ksVendor.ini", "ServiceName=");
-    WriteFile(unitFolder / "Kestrix\\x20Services.service", "[Service]\nExecStart=/bin/true\n");
+    host.WriteSystemFile("ksVendor.ini", "ServiceName=");
+    host.InstallService("Kestrix Services");
     Make();
     EXPECT_EQ(0u, agent->m_StartTime);
     ExpectTraced({"\nCKestrixRAIDAgent(): found service name ''",
@@ -136,7 +137,7 @@ TEST_F(ConfigurationTest, AnEmptyServiceNameCountsAsNotInstalled)
 TEST_F(ConfigurationTest, AFileWithLineEndsOfAnotherSystemNamesTheSameService)
 {
     InstallServices();
-    WriteFile(systemFolder / "ksVendor.ini", "[Vendor]\r\nServiceName=Raid Manager\r\nOther=1\r\n");
+    host.WriteSystemFile("ksVendor.ini", "[Vendor]\r\nServiceName=Raid Manager\r\nOther=1\r\n");
     Make();
     EXPECT_TRUE(Traced("\nCKestrixRAIDAgent(): found service name 'Raid Manager'"));
     EXPECT_LT(0u, agent->m_StartTime);
@@ -144,7 +145,7 @@ TEST_F(ConfigurationTest, AFileWithLineEndsOfAnotherSystemNamesTheSameService)
 
 TEST_F(ConfigurationTest, ADirectoryInPlaceOfTheVendorFileIsSurvived)
 {
-    std::filesystem::create_directories(systemFolder / "ksVendor.ini");
+    host.MakeSystemFolder("ksVendor.ini");
     Make();
     EXPECT_EQ(0u, agent->m_StartTime);
 }
@@ -152,7 +153,7 @@ TEST_F(ConfigurationTest, ADirectoryInPlaceOfTheVendorFileIsSurvived)
 TEST_F(ConfigurationTest, TheWaitsOfADelayedStartComeInSeconds)
 {
     InstallServices();
-    WriteRegistry(DelayKey("\"PWait\"=dword:0000000a\n\"IWait\"=dword:00000014\n"));
+    registry.Write(DelayKey("\"PWait\"=dword:0000000a\n\"IWait\"=dword:00000014\n"));
     Make();
     EXPECT_EQ(10000, agent->m_ASRunning);
     EXPECT_EQ(20000, agent->m_ASIniting);
@@ -162,7 +163,7 @@ TEST_F(ConfigurationTest, TheWaitsOfADelayedStartComeInSeconds)
 TEST_F(ConfigurationTest, WaitsOfZeroAndMissingWaitsLeaveTheDefaults)
 {
     InstallServices();
-    WriteRegistry(DelayKey("\"PWait\"=dword:00000000\n"));
+    registry.Write(DelayKey("\"PWait\"=dword:00000000\n"));
     Make();
     EXPECT_EQ(60000, agent->m_ASRunning);
     EXPECT_EQ(180000, agent->m_ASIniting);
@@ -171,7 +172,7 @@ TEST_F(ConfigurationTest, WaitsOfZeroAndMissingWaitsLeaveTheDefaults)
 TEST_F(ConfigurationTest, AWaitThatIsNoNumberLeavesTheDefault)
 {
     InstallServices();
-    WriteRegistry(DelayKey("\"PWait\"=\"10\"\n\"IWait\"=dword:00000001\n"));
+    registry.Write(DelayKey("\"PWait\"=\"10\"\n\"IWait\"=dword:00000001\n"));
     Make();
     EXPECT_EQ(60000, agent->m_ASRunning);
     EXPECT_EQ(1000, agent->m_ASIniting);
@@ -179,7 +180,7 @@ TEST_F(ConfigurationTest, AWaitThatIsNoNumberLeavesTheDefault)
 
 TEST_F(ConfigurationTest, WithoutManagementServicesTheWaitsAreNotRead)
 {
-    WriteRegistry(DelayKey("\"PWait\"=dword:0000000a\n\"IWait\"=dword:00000014\n"));
+    registry.Write(DelayKey("\"PWait\"=dword:0000000a\n\"IWait\"=dword:00000014\n"));
     Make();
     EXPECT_EQ(60000, agent->m_ASRunning);
     EXPECT_EQ(180000, agent->m_ASIniting);
@@ -207,7 +208,7 @@ TEST_F(ConfigurationTest, AnIniFileWithoutTheSectionOrTheKeyLeavesThePort)
 
 TEST_F(ConfigurationTest, AMissingIniFileLeavesThePortAndTheTraceSaysWhy)
 {
-    WriteRegistry(ProductKey("\"Path\"=\"" + (folder / "nowhere").string() + "\"\n"));
+    registry.Write(ProductKey(PathValue(CRegistryFixture::Quoted((folder / "nowhere").string()))));
     Make();
     EXPECT_EQ(3173u, agent->m_PortNumber);
     EXPECT_TRUE(PortFailureTraced());
@@ -215,7 +216,7 @@ TEST_F(ConfigurationTest, AMissingIniFileLeavesThePortAndTheTraceSaysWhy)
 
 TEST_F(ConfigurationTest, AnUnreadableIniFileLeavesThePortAndTheTraceSaysWhy)
 {
-    WriteRegistry(ProductKey("\"Path\"=\"" + (folder / "product").string() + "\"\n"));
+    registry.Write(ProductKey(PathValue(CRegistryFixture::Quoted((folder / "product").string()))));
     std::filesystem::create_directories(folder / "product/bin/orDPatch.ini");
     Make();
     EXPECT_EQ(3173u, agent->m_PortNumber);
@@ -234,21 +235,15 @@ TEST_F(ConfigurationTest, APortThatIsNoNumberLeavesThePortAndTheTraceSaysWhy)
 
 TEST_F(ConfigurationTest, TheProductsPathMayHoldEnvironmentVariablesWhenItIsExpandable)
 {
-    ::setenv("KXRA_TEST_PRODUCT", (folder / "product").c_str(), 1);
+    const CScopedVariable product("KXRA_TEST_PRODUCT", (folder / "product").string());
     WriteFile(folder / "product/bin/orDPatch.ini", "[orDPatch]\nPort=4002\n");
     std::string const path = "%KXRA_TEST_PRODUCT%";
-    std::string bytes;
-    for (char const c : path + '\0') {
-        char byte[8];
-        std::snprintf(byte, sizeof byte, "%s%02x,00", bytes.empty() ? "" : ",", static_cast<unsigned int>(c));
-        bytes += byte;
-    }
-    WriteRegistry(ProductKey("\"Path\"=hex(2):" + bytes + "\n"));
+    registry.Write(ProductKey(PathValue(CRegistryFixture::Expandable(path))));
     Make();
     EXPECT_EQ(4002u, agent->m_PortNumber);
 
     agent.reset();
-    WriteRegistry(ProductKey("\"Path\"=\"" + path + "\"\n"));
+    registry.Write(ProductKey(PathValue(CRegistryFixture::Quoted(path))));
     Make();
     EXPECT_EQ(3173u, agent->m_PortNumber) << "an ordinary text is taken as it stands";
 }
@@ -256,7 +251,7 @@ TEST_F(ConfigurationTest, TheProductsPathMayHoldEnvironmentVariablesWhenItIsExpa
 TEST_F(ConfigurationTest, APathOfAWrongTypeLeavesThePort)
 {
     WriteFile(folder / "product/bin/orDPatch.ini", "[orDPatch]\nPort=4003\n");
-    WriteRegistry(ProductKey("\"Path\"=dword:00000001\n"));
+    registry.Write(ProductKey("\"Path\"=dword:00000001\n"));
     Make();
     EXPECT_EQ(3173u, agent->m_PortNumber);
     EXPECT_FALSE(PortFailureTraced());
@@ -264,7 +259,7 @@ TEST_F(ConfigurationTest, APathOfAWrongTypeLeavesThePort)
 
 TEST_F(ConfigurationTest, AnEmptyPathLeavesThePort)
 {
-    WriteRegistry(ProductKey("\"Path\"=\"\"\n"));
+    registry.Write(ProductKey("\"Path\"=\"\"\n"));
     Make();
     EXPECT_EQ(3173u, agent->m_PortNumber);
     EXPECT_FALSE(PortFailureTraced());

@@ -13,6 +13,8 @@
 #include "Tests/Agent/Support/RawPeer.h"
 #include "Tests/Extension/LoadedExtension.h"
 #include "Tests/Support/Deadline.h"
+#include "Tests/Support/HostFixture.h"
+#include "Tests/Support/RegistryFixture.h"
 
 /// What tests of KXRA_MIB as a host loads it need again and again.
 
@@ -33,12 +35,9 @@ protected:
                  ("kxra_library_" + std::to_string(::rand()) + "_" + std::to_string(Platform::CurrentProcessId())))
     {
         std::filesystem::create_directories(folder / "bin");
-        WriteFile("registry.reg", "Windows Registry Editor Version 5.00\n\n"
-                                  "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Norvane\\Kestrix RAID]\n\"Path\"=\"" +
-                                      folder.string() + "\"\n");
+        registry.Write("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Norvane\\Kestrix RAID]\n\"Path\"=" +
+                       CRegistryFixture::Quoted(folder.string()) + "\n");
         WriteFile("bin/orDPatch.ini", "[orDPatch]\nPort=" + std::to_string(peer.Port()) + "\n");
-        ::setenv("KXRA_REGISTRY", (folder / "registry.reg").c_str(), 1);
-        ::setenv("KXRA_SYSTEM_DIRECTORY", folder.c_str(), 1);
     }
     ~LibraryTest() override
     {
@@ -51,6 +50,8 @@ protected:
     }
 
     std::filesystem::path const folder;
+    CRegistryFixture registry;
+    CHostFixture host;
     CRawPeer peer;
 };
 

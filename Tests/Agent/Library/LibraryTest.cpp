@@ -118,11 +118,11 @@ TEST_F(LibraryTest, LoadsWithoutAnyConfigurationAndWithABrokenOne)
         CSession session(extension);
         EXPECT_TRUE(session.Started());
     }
-    WriteFile("registry.reg", "this is no registry\n[HKEY_LOCAL_MACHINE\\SOFTWARE\n\"Path\"=\n");
+    registry.Write("this is no registry\n[HKEY_LOCAL_MACHINE\\SOFTWARE\n\"Path\"=\n");
     CLoadedExtension broken(KXRA_FAST_LIBRARY);
     CSession session(broken);
     EXPECT_TRUE(session.Started());
-    ::setenv("KXRA_REGISTRY", "/nowhere/registry.reg", 1);
+    registry.Write("");
     CLoadedExtension missing(KXRA_LIBRARY);
     missing.Call(DLL_PROCESS_ATTACH);
     missing.Call(DLL_PROCESS_DETACH);

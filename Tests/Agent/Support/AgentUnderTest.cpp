@@ -172,17 +172,8 @@ std::vector<int> CAgentUnderTest::TrapNumbers()
     return numbers;
 }
 
-CAgentTest::CAgentTest()
-    : folder(NewFolder()),
-      systemFolder(folder / "system"),
-      unitFolder(folder / "units"),
-      productIntervals(g_agentIntervals)
+CAgentTest::CAgentTest() : folder(NewFolder()), productIntervals(g_agentIntervals)
 {
-    std::filesystem::create_directories(systemFolder);
-    std::filesystem::create_directories(unitFolder);
-    ::setenv("KXRA_REGISTRY", (folder / "registry.reg").c_str(), 1);
-    ::setenv("KXRA_SYSTEM_DIRECTORY", systemFolder.c_str(), 1);
-    ::setenv("SYSTEMD_UNIT_PATH", unitFolder.c_str(), 1);
     g_agentIntervals.firstWaitMs = 1;
     g_agentIntervals.intervalMs = 30000; // no tick, no second attempt, unless a test wants one
     g_agentIntervals.closeLookMs = 2;
@@ -236,11 +227,6 @@ void CAgentTest::SignalShutdown()
     g_agentShutdown = 1;
 }
 
-void CAgentTest::WriteRegistry(std::string const & text)
-{
-    WriteFile(folder / "registry.reg", "Windows Registry Editor Version 5.00\n\n" + text);
-}
-
 void CAgentTest::WriteFile(std::filesystem::path const & path, std::string const & text)
 {
     std::filesystem::create_directories(path.parent_path());
@@ -249,8 +235,8 @@ void CAgentTest::WriteFile(std::filesystem::path const & path, std::string const
 
 void CAgentTest::InstallServices()
 {
-    WriteFile(systemFolder / "ksVendor.ini", "ServiceName=Raid Manager\n");
-    WriteFile(unitFolder / "Raid\\x20Manager.service", "[Service]\nExecStart=/bin/true\n");
+    host.WriteSystemFile("ksVendor.ini", "ServiceName=Raid Manager\n");
+    host.InstallService("Raid Manager");
 }
 
 std::vector<std::string> CAgentTest::Trace(unsigned int level) const

@@ -16,6 +16,8 @@
 #include "Tests/Agent/Support/RawPeer.h"
 #include "Tests/Fake/Debug.h"
 #include "Tests/Support/Deadline.h"
+#include "Tests/Support/HostFixture.h"
+#include "Tests/Support/RegistryFixture.h"
 
 /// One trap as the host gets it.
 struct STrap {
@@ -81,8 +83,6 @@ protected:
     /// As if the SNMP service stopped the agent.
     void SignalShutdown();
 
-    /// Content of the registry file, without its first line.
-    void WriteRegistry(std::string const & text);
     void WriteFile(std::filesystem::path const & path, std::string const & text);
     /// A host with the management services: their file, and a service of that name.
     void InstallServices();
@@ -95,10 +95,10 @@ protected:
     void ExpectTraced(std::vector<std::string> const & lines) const;
     bool HasEnded() const { return !agent->m_PollThread.IsRunning(); }
 
-    std::filesystem::path const folder;       ///< goes with the test
-    std::filesystem::path const systemFolder; ///< of ksVendor.ini
-    std::filesystem::path const unitFolder;   ///< of the services
-    SAgentIntervals const productIntervals;   ///< put back at the end
+    std::filesystem::path const folder;     ///< goes with the test
+    SAgentIntervals const productIntervals; ///< put back at the end
+    CRegistryFixture registry;
+    CHostFixture host;
     CRawPeer peer;
     std::unique_ptr<CAgentUnderTest> agent;
 };

@@ -1,9 +1,10 @@
-#include <cstdlib>
+#include <cstdio>
 
 #include "FrameFixture.h"
 #include "Platform/Host.h"
 #include "Snmp/Frame/Build.h"
 #include "Snmp/Frame/PlatformName.h"
+#include "Support/ScopedVariable.h"
 
 namespace {
 
@@ -72,19 +73,11 @@ TEST_F(EnvironmentTest, AgentRootStandsInForFileRoot)
 
 TEST_F(EnvironmentTest, AnExpandableTextIsExpanded)
 {
-    ::setenv("FRAME_TEST_DIRECTORY", "D:\\place", 1);
-    // The UTF-16 text %FRAME_TEST_DIRECTORY%\data with its terminator.
-    std::string hex;
-    for (const char c : std::string("%FRAME_TEST_DIRECTORY%\\data") + '\0') {
-        char digits[8];
-        std::snprintf(digits, sizeof digits, "%02x,00,", static_cast<unsigned>(static_cast<unsigned char>(c)));
-        hex += digits;
-    }
-    hex.pop_back();
-    m_registry.Raw(std::string(kDefaultRoot) + "\\#Setup", "\"DataRoot\"=hex(2):" + hex);
+    const CScopedVariable place("FRAME_TEST_DIRECTORY", "D:\\place");
+    m_registry.Raw(std::string(kDefaultRoot) + "\\#Setup",
+                   "\"DataRoot\"=" + CRegistryFixture::Expandable("%FRAME_TEST_DIRECTORY%\\data"));
     Initialize();
     EXPECT_EQ("D:\\place\\data", m_agent.m_dataRoot);
-    ::unsetenv("FRAME_TEST_DIRECTORY");
 }
 
 namespace {

@@ -1,8 +1,6 @@
 #include "FrameFixture.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <fstream>
 
 #include "Platform/Process.h"
 #include "Platform/SnmpUtil.h"
@@ -74,28 +72,9 @@ testing::AssertionResult TracedInOrder(Lines const & lines)
     return testing::AssertionSuccess();
 }
 
-CTestRegistry::CTestRegistry()
-    : m_file(std::filesystem::temp_directory_path() /
-             ("kxra_frame_" + std::to_string(Platform::CurrentProcessId()) + ".reg"))
-{
-    std::ofstream(m_file) << "Windows Registry Editor Version 5.00\n";
-    ::setenv("KXRA_REGISTRY", m_file.c_str(), 1);
-}
-
-CTestRegistry::~CTestRegistry()
-{
-    std::error_code ignored;
-    std::filesystem::remove(m_file, ignored);
-}
-
 void CTestRegistry::Text(std::string const & key, std::string const & name, std::string const & text)
 {
-    std::string escaped;
-    for (const char c : text) {
-        if (c == '\\' || c == '"') escaped += '\\';
-        escaped += c;
-    }
-    Raw(key, "\"" + name + "\"=\"" + escaped + "\"");
+    Raw(key, "\"" + name + "\"=" + CRegistryFixture::Quoted(text));
 }
 
 void CTestRegistry::Number(std::string const & key, std::string const & name, std::uint32_t number)
@@ -107,7 +86,8 @@ void CTestRegistry::Number(std::string const & key, std::string const & name, st
 
 void CTestRegistry::Raw(std::string const & key, std::string const & line)
 {
-    std::ofstream(m_file, std::ios::app) << "\n[HKEY_LOCAL_MACHINE\\" << key << "]\n" << line << "\n";
+    m_lines += "[HKEY_LOCAL_MACHINE\\" + key + "]\n" + line + "\n";
+    m_registry.Write(m_lines);
 }
 
 FrameTest::FrameTest()

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "Fake/Debug.h"
 #include "PlatformFakes.h"
 #include "Snmp/Frame/SnmpAgent.h"
+#include "Support/RegistryFixture.h"
 
 inline constexpr std::uint32_t kReadOnly = static_cast<std::uint32_t>(MibAccess::ReadOnly);
 inline constexpr std::uint32_t kReadWrite = static_cast<std::uint32_t>(MibAccess::ReadWrite);
@@ -107,10 +107,6 @@ testing::AssertionResult TracedInOrder(Lines const & lines);
 /// A registry of the test's own. The keys lie below HKEY_LOCAL_MACHINE.
 class CTestRegistry {
 public:
-    CTestRegistry();
-    ~CTestRegistry();
-    CTestRegistry(CTestRegistry const &) = delete;
-    CTestRegistry & operator=(CTestRegistry const &) = delete;
     /// text: with backslashes as they are.
     void Text(std::string const & key, std::string const & name, std::string const & text);
     void Number(std::string const & key, std::string const & name, std::uint32_t number);
@@ -118,7 +114,8 @@ public:
     void Raw(std::string const & key, std::string const & line);
 
 private:
-    std::filesystem::path m_file;
+    CRegistryFixture m_registry;
+    std::string m_lines;
 };
 
 /// The frame with nothing attached, the trace on and empty, an empty registry, and short intervals.

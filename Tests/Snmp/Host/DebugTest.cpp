@@ -15,6 +15,7 @@
 #include "Snmp/Host/DebugState.h"
 #include "Snmp/Host/TraceFile.h"
 #include "Support/Deadline.h"
+#include "Support/RegistryFixture.h"
 #include "Support/ScopedVariable.h"
 #include "Support/TempDirectory.h"
 
@@ -45,14 +46,11 @@ protected:
         DebugFakes::AllowConsole(true);
     }
 
-    /// The values of the application, one line each in the registry's form; dynamicUpdate in seconds. The file is
-    /// replaced in one step.
+    /// The values of the application, one line each in the registry's form; dynamicUpdate in seconds.
     void WriteRegistry(std::string const & values, unsigned dynamicUpdate = 0)
     {
-        const std::string text = "Windows Registry Editor Version 5.00\n[HKLM\\SOFTWARE\\Debug]\n"
-                                 "\"DynamicUpdate\"=dword:" +
-                                 std::to_string(dynamicUpdate) + "\n[HKLM\\SOFTWARE\\Debug\\" + m_app + "]\n" + values;
-        std::filesystem::rename(m_directory.Write("new.reg", text), m_directory.File("registry.reg"));
+        m_registry.Write("[HKLM\\SOFTWARE\\Debug]\n\"DynamicUpdate\"=dword:" + std::to_string(dynamicUpdate) +
+                         "\n[HKLM\\SOFTWARE\\Debug\\" + m_app + "]\n" + values);
     }
     void Configure(std::string const & values, unsigned dynamicUpdate = 0)
     {
@@ -62,7 +60,11 @@ protected:
     }
     std::string File(char const * level, std::string const & more = "")
     {
-        return std::string("\"FileDebugLevel\"=dword:") + level + "\n\"TraceFile\"=\"" + Path() + "\"\n" + more;
+        return std::string("\"FileDebugLevel\"=dword:") + level + '\n' + TraceFile(Path()) + more;
+    }
+    static std::string TraceFile(std::string const & path)
+    {
+        return "\"TraceFile\"=" + CRegistryFixture::Quoted(path) + '\n';
     }
     std::string Path() const { return m_directory.File("trace.log"); }
     std::string Trace() const { return m_directory.Read("trace.log"); }
@@ -72,7 +74,7 @@ protected:
 
     std::string m_app = App;
     CTempDirectory m_directory;
-    CScopedVariable m_registry{"KXRA_REGISTRY", m_directory.File("registry.reg")};
+    CRegistryFixture m_registry;
 };
 
 constexpr char Debugger[] = "\"WinDebugLevel\"=dword:6\n";
@@ -139,13 +141,12 @@ TEST_F(DebugTest, AfterDynamicUpdateWentToZeroTheRegistryIsNotReadAgain)
 TEST_F(DebugTest, WithoutTheApplicationsKeyTheLevelsKeepTheirOldValuesAndTheSwitchesDont)
 {
     Configure(std::string(Debugger) + "\"AppNameOn\"=dword:1\n", 1);
-    m_directory.Write("registry.reg", "Windows Registry Editor Version 5.00\n[HKLM\\SOFTWARE\\Debug]\n"
-                                      "\"DynamicUpdate\"=dword:1\n");
+    m_registry.Write("[HKLM\\SOFTWARE\\Debug]\n\"DynamicUpdate\"=dword:1\n");
     CDebug::Init(App, /*writeBanner=*/false);
     EXPECT_TRUE(CDebug::Enabled());
     CDebug::Trace(6, "still");
     EXPECT_THAT(Lines(), ElementsAre("still\n"));
-    m_directory.Write("registry.reg", "Windows Registry Editor Version 5.00\n");
+    m_registry.Write("");
     CDebug::Init(App, /*writeBanner=*/false);
     EXPECT_FALSE(CDebug::Enabled());
 }
@@ -161,8 +162,7 @@ TEST_F(DebugTest, ANullNameOnlySwitchesOff)
 
 TEST_F(DebugTest, AnEmptyNameReadsTheRootKey)
 {
-    m_directory.Write("registry.reg",
-                      std::string("Windows Registry Editor Version 5.00\n[HKLM\\SOFTWARE\\Debug]\n") + Debugger);
+    m_registry.Write(std::string("[HKLM\\SOFTWARE\\Debug]\n") + Debugger);
     CDebug::Init("", /*writeBanner=*/false);
     EXPECT_TRUE(CDebug::Enabled());
 }
@@ -408,14 +408,8 @@ TEST_F(DebugTest, ADebuggerLineIsCut)
 TEST_F(DebugTest, AnExpandableTraceFileTakesTheEnvironment)
 {
     const CScopedVariable variable("KXRA_TEST_DIR", m_directory.File(""));
-    // "%KXRA_TEST_DIR%e.log" as UTF-16
-    std::string bytes;
-    for (const char c : std::string("%KXRA_TEST_DIR%e.log")) {
-        char text[8];
-        std::snprintf(text, sizeof text, "%02x,00,", static_cast<unsigned>(c));
-        bytes += text;
-    }
-    Configure("\"FileDebugLevel\"=dword:1\n\"TraceFile\"=hex(2):" + bytes + "00,00\n");
+    Configure("\"FileDebugLevel\"=dword:1\n\"TraceFile\"=" + CRegistryFixture::Expandable("%KXRA_TEST_DIR%e.log") +
+              '\n');
     EXPECT_TRUE(CDebug::Enabled());
     CDebug::Trace(1, "a");
     EXPECT_EQ("\xFF\xFE" + Wide("a"), m_directory.Read("e.log"));
@@ -423,14 +417,14 @@ TEST_F(DebugTest, AnExpandableTraceFileTakesTheEnvironment)
 
 TEST_F(DebugTest, ATraceFileOf259BytesIsTakenAndALongerOneIsNot)
 {
-    const std::string folder = m_directory.File(std::string(200, 'd'));
+    const std::string folder = m_directory.File(std::string(150, 'd'));
     std::filesystem::create_directory(folder);
     const std::string path = folder + "/" + std::string(258 - folder.size(), 'f');
     ASSERT_EQ(259u, path.size());
-    Configure("\"FileDebugLevel\"=dword:1\n\"TraceFile\"=\"" + path + "\"\n");
+    Configure("\"FileDebugLevel\"=dword:1\n" + TraceFile(path));
     CDebug::Trace(1, "a");
     EXPECT_TRUE(std::filesystem::exists(path));
-    Configure("\"FileDebugLevel\"=dword:1\n\"TraceFile\"=\"" + path + "f\"\n");
+    Configure("\"FileDebugLevel\"=dword:1\n" + TraceFile(path + "f"));
     EXPECT_FALSE(CDebug::Enabled());
     CDebug::Trace(1, "a");
     EXPECT_FALSE(std::filesystem::exists(path + "f"));
@@ -442,7 +436,7 @@ TEST_F(DebugTest, AFileLevelWithoutATraceFileEnablesNothing)
     EXPECT_FALSE(CDebug::Enabled());
     Configure("\"FileDebugLevel\"=dword:1\n\"TraceFile\"=dword:1\n");
     EXPECT_FALSE(CDebug::Enabled());
-    Configure("\"TraceFile\"=\"" + Path() + "\"\n");
+    Configure(TraceFile(Path()));
     EXPECT_FALSE(CDebug::Enabled());
 }
 
@@ -451,11 +445,11 @@ TEST_F(DebugTest, AnotherTraceFileTakesOverAtTheNextReading)
     DebugFakes::SetTickMs(0);
     Configure(File("1"), 1);
     CDebug::Trace(1, "a");
-    WriteRegistry("\"FileDebugLevel\"=dword:1\n\"TraceFile\"=\"" + m_directory.File("TRACE.log") + "\"\n", 1);
+    WriteRegistry("\"FileDebugLevel\"=dword:1\n" + TraceFile(m_directory.File("other.log")), 1);
     DebugFakes::SetTickMs(2000);
     CDebug::Trace(1, "b");
     EXPECT_EQ("\xFF\xFE" + Wide("a"), Trace());
-    EXPECT_EQ("\xFF\xFE" + Wide("b"), m_directory.Read("TRACE.log"));
+    EXPECT_EQ("\xFF\xFE" + Wide("b"), m_directory.Read("other.log"));
 }
 
 TEST_F(DebugTest, AMutexThatAnotherHoldsDelaysTheLineButNeverLosesIt)
@@ -515,8 +509,8 @@ TEST_F(DebugTest, ThreadsMayTraceWhileTheConfigurationChanges)
                 if (CDebug::Enabled()) CDebug::Trace(3, "\nthread %d line %d", i, n);
         });
     for (unsigned n = 1; n <= 20; ++n) {
-        WriteRegistry(std::string(Debugger) + "\"FileDebugLevel\"=dword:6\n\"AppNameOn\"=dword:1\n\"TraceFile\"=\"" +
-                          m_directory.File(n % 2 == 0 ? "trace.log" : "other.log") + "\"\n",
+        WriteRegistry(std::string(Debugger) + "\"FileDebugLevel\"=dword:6\n\"AppNameOn\"=dword:1\n" +
+                          TraceFile(m_directory.File(n % 2 == 0 ? "trace.log" : "other.log")),
                       1);
         DebugFakes::SetTickMs(n * 2000);
     }

@@ -6,18 +6,16 @@
 #include "Platform/DynamicLibrary.h"
 #include "Platform/Module.h"
 #include "Platform/Process.h"
-#include "Support/ScopedVariable.h"
+#include "Support/RegistryFixture.h"
 #include "Support/TempDirectory.h"
 
 TEST(DebugUnloadTest, ALibraryThatTracedUnloadsAndLeavesNoHandleOpen)
 {
     const CTempDirectory directory;
     const std::string path = directory.File("trace.log");
-    const CScopedVariable registry(
-        "KXRA_REGISTRY",
-        directory.Write("registry.reg", "Windows Registry Editor Version 5.00\n[HKLM\\SOFTWARE\\Debug\\PROBE]\n"
-                                        "\"FileDebugLevel\"=dword:1\n\"TraceFile\"=\"" +
-                                            path + "\"\n"));
+    CRegistryFixture registry;
+    registry.Write("[HKLM\\SOFTWARE\\Debug\\PROBE]\n\"FileDebugLevel\"=dword:1\n\"TraceFile\"=" +
+                   CRegistryFixture::Quoted(path) + "\n");
     directory.Write("trace.log", "#");
     std::uint32_t before = 0;
     for (int round = 0; round < 4; ++round) {

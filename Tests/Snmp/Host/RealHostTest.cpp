@@ -1,21 +1,21 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "Platform/Module.h"
 #include "Platform/Process.h"
 #include "Snmp/Host/OsVersion.h"
 #include "Snmp/Host/Process.h"
 #include "Snmp/Host/ServiceMgr.h"
 #include "Snmp/Host/VersionInfo.h"
-#include "Support/ScopedVariable.h"
-#include "Support/TempDirectory.h"
+#include "Support/HostFixture.h"
 
 // The queries on the host that runs the test.
 
-TEST(RealHostTest, AServiceOfTheUnitPathIsFound)
+TEST(RealHostTest, AnInstalledServiceIsFound)
 {
-    const CTempDirectory directory;
-    directory.Write("Kestrix\\x20Services.service", "[Service]\n" + std::string(3000, '#'));
-    const CScopedVariable path("SYSTEMD_UNIT_PATH", directory.File(""));
+    CHostFixture host;
+    host.InstallService("Kestrix Services", /*configurationBytes=*/3000);
     CServiceMgr manager;
     EXPECT_NE(0, manager.QueryService("Kestrix Services", nullptr));
     EXPECT_EQ(0, manager.QueryService("Kestrix", nullptr));
@@ -27,7 +27,7 @@ TEST(RealHostTest, ThisProcessHasItsProgramsName)
     ASSERT_EQ(Platform::Success, Platform::ProgramPath(path));
     std::string name;
     EXPECT_EQ(1, CProcess::GetName(name, Platform::CurrentProcessId()));
-    EXPECT_EQ(path.substr(path.rfind('/') + 1), name);
+    EXPECT_EQ(std::filesystem::path(path).filename().string(), name);
 }
 
 TEST(RealHostTest, IsProcessRunningIsTrueForANameThatNoProcessBears)
