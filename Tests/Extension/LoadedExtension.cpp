@@ -9,31 +9,10 @@
 #include "Platform/Module.h"
 #include "Platform/SnmpUtil.h"
 #include "Support/Deadline.h"
+#include "Tests/Extension/OidText.h"
 #include "Tests/Extension/TrapEvent.h"
 
 namespace {
-
-std::string Dotted(AsnObjectIdentifier const & oid)
-{
-    std::string text;
-    for (std::uint32_t i = 0; i < oid.idLength; ++i)
-        text += (i == 0 ? "" : ".") + std::to_string(oid.ids[i]);
-    return text;
-}
-
-AsnObjectIdentifier Parse(std::string const & text)
-{
-    std::vector<std::uint32_t> arcs;
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t dot = std::min(text.find('.', start), text.size());
-        arcs.push_back(static_cast<std::uint32_t>(std::stoul(text.substr(start, dot - start))));
-        start = dot + 1;
-    }
-    const AsnObjectIdentifier borrowed{static_cast<std::uint32_t>(arcs.size()), arcs.data()};
-    AsnObjectIdentifier oid{};
-    SnmpUtilOidCpy(&oid, &borrowed);
-    return oid;
-}
 
 std::string Bytes(AsnOctetString const & octets)
 {
@@ -61,7 +40,7 @@ std::string ValueText(AsnAny const & value)
     case ASN_COUNTER64:
         return std::to_string(value.asnValue.counter64.quadPart + 0u);
     case ASN_OBJECTIDENTIFIER:
-        return Dotted(value.asnValue.object);
+        return OidText(value.asnValue.object);
     case ASN_IPADDRESS:
         return Address(value.asnValue.address);
     case ASN_OCTETSTRING:
@@ -75,7 +54,7 @@ std::string ValueText(AsnAny const & value)
 SAnswer AnswerOf(RFC1157VarBind const & binding)
 {
     SAnswer answer;
-    answer.oid = Dotted(binding.name);
+    answer.oid = OidText(binding.name);
     answer.type = binding.value.asnType;
     answer.value = ValueText(binding.value);
     return answer;
@@ -127,7 +106,7 @@ CSession::CSession(CLoadedExtension & extension, std::uint32_t uptimeReference) 
     m_started = m_extension.init(uptimeReference, &m_trapEvent, &region);
     if (m_started == 0) return;
     do {
-        m_regions.push_back(Dotted(region));
+        m_regions.push_back(OidText(region));
         SnmpUtilOidFree(&region);
     } while (m_extension.initEx(&region) != 0);
 }
@@ -146,7 +125,7 @@ bool CSession::IsReady()
 SAnswer CSession::SetNumber(std::string const & oid, std::int32_t number)
 {
     RFC1157VarBind binding{};
-    binding.name = Parse(oid);
+    binding.name = ParseOid(oid);
     binding.value.asnType = ASN_INTEGER;
     binding.value.asnValue.number = number;
     return Send(SNMP_PDU_SET, binding);
@@ -155,7 +134,7 @@ SAnswer CSession::SetNumber(std::string const & oid, std::int32_t number)
 SAnswer CSession::SetText(std::string const & oid, std::string const & text)
 {
     RFC1157VarBind binding{};
-    binding.name = Parse(oid);
+    binding.name = ParseOid(oid);
     binding.value.asnType = ASN_OCTETSTRING;
     const std::uint32_t length = static_cast<std::uint32_t>(text.size());
     auto * const bytes = static_cast<std::uint8_t *>(SnmpUtilMemAlloc(length));
@@ -167,7 +146,7 @@ SAnswer CSession::SetText(std::string const & oid, std::string const & text)
 SAnswer CSession::Ask(std::uint8_t type, std::string const & oid)
 {
     RFC1157VarBind binding{};
-    binding.name = Parse(oid);
+    binding.name = ParseOid(oid);
     binding.value.asnType = ASN_NULL;
     return Send(type, binding);
 }
@@ -197,7 +176,7 @@ bool CSession::TakeTrap(STrap & out)
     RFC1157VarBindList bindings{};
     out = {};
     if (m_extension.trap(&enterprise, &out.generic, &out.specific, &out.timeStamp, &bindings) == 0) return false;
-    out.enterprise = Dotted(enterprise);
+    out.enterprise = OidText(enterprise);
     for (std::uint32_t i = 0; i < bindings.len; ++i)
         out.bindings.push_back(AnswerOf(bindings.list[i]));
     SnmpUtilOidFree(&enterprise);
