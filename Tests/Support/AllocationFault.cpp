@@ -74,3 +74,13 @@ void operator delete[](void * block, std::size_t) noexcept
 {
     std::free(block);
 }
+
+void operator delete(void * block, std::nothrow_t const &) noexcept
+{
+    std::free(block);
+}
+
+void operator delete[](void * block, std::nothrow_t const &) noexcept
+{
+    std::free(block);
+}
