@@ -77,4 +77,31 @@ TEST(FileDescriptorSetTest, ResizeNeverShrinksButToNothing)
     EXPECT_EQ(0u, set.Size());
 }
 
+TEST(FileDescriptorSetTest, ClearKeepsTheOrderOnTheHeapToo)
+{
+    CFileDescriptorSet set;
+    for (std::size_t socket = 0; socket != 70; ++socket)
+        set.Set(socket);
+    set.Clear(0);
+    set.Clear(69);
+    ASSERT_EQ(68u, set.Size());
+    for (std::size_t i = 0; i != 68; ++i)
+        EXPECT_EQ(i + 1, set.Get(i));
+    EXPECT_FALSE(set.IsSet(0));
+    EXPECT_FALSE(set.IsSet(69));
+    EXPECT_EQ(130u, set.Capacity());
+}
+
+TEST(FileDescriptorSetTest, BackInsideTheObjectTheFirst64Stay)
+{
+    CFileDescriptorSet set;
+    for (std::size_t socket = 0; socket != 65; ++socket)
+        set.Set(socket);
+    set.Resize(0);
+    ASSERT_EQ(64u, set.Size());
+    EXPECT_EQ(0u, set.Get(0));
+    EXPECT_EQ(63u, set.Get(63));
+    EXPECT_FALSE(set.IsSet(64));
+}
+
 } // namespace

@@ -6,11 +6,8 @@
 #include <thread>
 #include <utility>
 
-#include "../../VLK/Src/HeapReport.h"
-#include "Foundation.h"
 #include "VLK/CircularBuffer.h"
 #include "VLK/Directory.h"
-#include "VLK/Functions.h"
 #include "VLK/InvalidParameterHandler.h"
 
 using namespace VLK;
@@ -68,17 +65,6 @@ TEST(InvalidParameterHandlerTest, ScopesNestOnOneThreadAndAnotherThreadWaits)
     }
     other.join();
     EXPECT_TRUE(entered);
-}
-
-class HeapCheckTest : public CFoundationTest {};
-
-TEST_F(HeapCheckTest, EveryStateIsReportedWithoutHarm)
-{
-    Functions::HeapCheck();
-    for (Platform::HeapState const heap :
-         {Platform::HeapState::Good, Platform::HeapState::BadBegin, Platform::HeapState::BadNode})
-        VLK::Internals::ReportHeap(heap, 1);
-    EXPECT_EQ(Platform::HeapState::Good, Platform::CheckHeap());
 }
 
 } // namespace

@@ -9,10 +9,12 @@
 #include "Foundation.h"
 #include "Support/TempDirectory.h"
 #include "VLK/Application.h"
+#include "VLK/FileDescriptorSet.h"
 #include "VLK/FormatStream.h"
 #include "VLK/IniFile.h"
 #include "VLK/Language.h"
 #include "VLK/ThreadCB.h"
+#include "VLK/WaitableCall.h"
 
 /// What the foundation does when memory can't be had.
 
@@ -368,6 +370,40 @@ TEST_F(MemoryFaultTest, ADelegateWithoutABlockRaises)
                   call = DelegateOf([] {});
               }));
     EXPECT_FALSE(call.IsValid());
+}
+
+TEST_F(MemoryFaultTest, AWaitableCallWithoutABlockRaises)
+{
+    Delegates_and_Calls::TDelegate<Delegates_and_Calls::CWaitableCall> call;
+    EXPECT_EQ(Errors::OutOfMemory, RaisedBy([&] {
+                  CFailingMemory const noMemory(1, CFailingMemory::FailOne);
+                  call = Delegates_and_Calls::TDelegate<Delegates_and_Calls::CWaitableCall>([] {});
+              }));
+    EXPECT_FALSE(call.IsValid());
+}
+
+// Sets of sockets
+
+TEST_F(MemoryFaultTest, ASetOfSocketsThatCannotGrowStaysAsItIs)
+{
+    Misc::CFileDescriptorSet set;
+    for (std::size_t socket = 0; socket != 64; ++socket)
+        set.Set(socket);
+    auto const grow = [&] {
+        CFailingMemory const noMemory(1, CFailingMemory::FailOne);
+        return set.Set(64);
+    };
+    EXPECT_EQ(Errors::OutOfMemory, RaisedBy(grow));
+    {
+        CThrowState state;
+        state.DisableThrow();
+        EXPECT_EQ(URET_Error, grow());
+    }
+    EXPECT_EQ(64u, set.Size());
+    EXPECT_EQ(64u, set.Capacity());
+    EXPECT_FALSE(set.IsSet(64));
+    EXPECT_EQ(URET_OK, set.Set(64));
+    EXPECT_TRUE(set.IsSet(64));
 }
 
 // INI files
