@@ -1,24 +1,25 @@
 #include "Platform/NamedMutex.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdlib>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "Platform/Process.h"
+#include "Support/ChildProcess.h"
 #include "Support/Deadline.h"
 
 namespace {
 
 using namespace Platform;
 
+constexpr char ChildProgram[] = KXRA_CHILD; ///< takes the mutex that it is told
+
 /// A name that no other run of the tests uses.
 std::string UniqueName(char const * text)
 {
-    return std::string(text) + "-" + std::to_string(::getpid());
+    return std::string(text) + "-" + std::to_string(CurrentProcessId());
 }
 
 CNamedMutexHandle Open(std::string const & name)
@@ -38,49 +39,6 @@ bool OthersCanTake(CNamedMutexHandle const & mutex)
     return taken;
 }
 
-/// Another process that owns a mutex until it ends, which it does without releasing.
-class COwnerProcess {
-public:
-    explicit COwnerProcess(std::string const & name)
-    {
-        if (::pipe(m_toChild) != 0 || ::pipe(m_toParent) != 0) return;
-        m_child = ::fork();
-        if (m_child == 0) Run(name);
-    }
-    ~COwnerProcess()
-    {
-        End();
-        for (const int descriptor : {m_toChild[0], m_toChild[1], m_toParent[0], m_toParent[1]})
-            ::close(descriptor);
-    }
-    /// Waits for the child; whether it took the mutex.
-    bool HasTaken()
-    {
-        char taken = 0;
-        return ::read(m_toParent[0], &taken, 1) == 1 && taken == 1;
-    }
-    void End()
-    {
-        if (m_child <= 0) return;
-        EXPECT_EQ(1, ::write(m_toChild[1], "", 1));
-        ::waitpid(m_child, nullptr, 0);
-        m_child = 0;
-    }
-
-private:
-    [[noreturn]] void Run(std::string const & name)
-    {
-        const CNamedMutexHandle mutex = Open(name);
-        const char taken = TakeNamedMutex(mutex.Get(), 0) ? 1 : 0;
-        char byte = 0;
-        const bool told = ::write(m_toParent[1], &taken, 1) == 1;
-        ::_exit(told && ::read(m_toChild[0], &byte, 1) == 1 ? 0 : 1);
-    }
-    int m_toChild[2] = {-1, -1};
-    int m_toParent[2] = {-1, -1};
-    pid_t m_child = 0;
-};
-
 TEST(NamedMutexTest, HandlesOfOneNameShareOneMutex)
 {
     const CNamedMutexHandle first = Open(UniqueName("share"));
@@ -99,6 +57,8 @@ TEST(NamedMutexTest, IsNotRecursive)
     ASSERT_TRUE(TakeNamedMutex(mutex.Get(), 0));
     EXPECT_FALSE(TakeNamedMutex(mutex.Get(), 0));
     EXPECT_FALSE(TakeNamedMutex(mutex.Get(), 5));
+    const CNamedMutexHandle other = Open(UniqueName("recursive"));
+    EXPECT_FALSE(TakeNamedMutex(other.Get(), 0)) << "by another handle either";
     ReleaseNamedMutex(mutex.Get());
     EXPECT_TRUE(OthersCanTake(mutex));
 }
@@ -125,27 +85,40 @@ TEST(NamedMutexTest, IsTakenFromAThreadThatEndedWithoutReleasing)
 TEST(NamedMutexTest, ExcludesOtherProcessesUntilTheOwnerProcessEnds)
 {
     const std::string name = UniqueName("process");
-    COwnerProcess owner(name);
-    ASSERT_TRUE(owner.HasTaken());
+    CChildProcess owner(ChildProgram, {name});
+    ASSERT_EQ("taken", owner.ReadLine());
     const CNamedMutexHandle mutex = Open(name);
     EXPECT_FALSE(TakeNamedMutex(mutex.Get(), 0));
     EXPECT_FALSE(TakeNamedMutex(mutex.Get(), 5));
-    owner.End();
+    EXPECT_EQ(0, owner.End());
     EXPECT_TRUE(TakeNamedMutex(mutex.Get(), 0));
+    EXPECT_EQ("refused", CChildProcess(ChildProgram, {name}).ReadLine());
     ReleaseNamedMutex(mutex.Get());
 }
 
 TEST(NamedMutexTest, GivesWayToAnotherProcessWhenItsThreadEnded)
 {
     const std::string name = UniqueName("given");
-    {
-        COwnerProcess early(name);
-        ASSERT_TRUE(early.HasTaken());
-    }
     const CNamedMutexHandle mutex = Open(name);
     std::thread([&] { EXPECT_TRUE(TakeNamedMutex(mutex.Get(), 0)); }).join();
-    // A process of its own sees only the lock on the file.
-    EXPECT_EQ(0, std::system(("flock -n /dev/shm/kxra-mutex." + name + " true").c_str()));
+    CChildProcess other(ChildProgram, {name});
+    EXPECT_EQ("taken", other.ReadLine());
+    EXPECT_FALSE(TakeNamedMutex(mutex.Get(), 0));
+    other.Kill();
+    EXPECT_TRUE(TakeNamedMutex(mutex.Get(), 0));
+    ReleaseNamedMutex(mutex.Get());
+}
+
+TEST(NamedMutexTest, GivesWayToAnotherProcessWithItsLastHandle)
+{
+    const std::string name = UniqueName("closed");
+    CNamedMutexHandle first = Open(name);
+    CNamedMutexHandle second = Open(name);
+    ASSERT_TRUE(TakeNamedMutex(first.Get(), 0));
+    first.Reset();
+    EXPECT_EQ("refused", CChildProcess(ChildProgram, {name}).ReadLine());
+    second.Reset();
+    EXPECT_EQ("taken", CChildProcess(ChildProgram, {name}).ReadLine());
 }
 
 TEST(NamedMutexTest, WaitsUntilTheOwnerReleases)

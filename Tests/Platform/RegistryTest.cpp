@@ -1,48 +1,27 @@
 #include "Platform/Registry.h"
 
-#include <atomic>
-#include <random>
-#include <thread>
+#include <algorithm>
+#include <map>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "Platform/RegistryEditor.h"
 #include "Platform/Text.h"
 #include "Support/ScopedVariable.h"
-#include "Support/TempDirectory.h"
 
 using namespace Platform;
 
 namespace {
 
-constexpr char Header[] = "Windows Registry Editor Version 5.00\r\n\r\n";
-
-std::string Utf16(std::string const & text)
-{
-    std::u16string units;
-    EXPECT_TRUE(ToUtf16(text.data(), text.size(), units));
-    std::string bytes = "\xFF\xFE";
-    for (const char16_t unit : units) {
-        bytes += static_cast<char>(unit & 0xFF);
-        bytes += static_cast<char>(unit >> 8);
-    }
-    return bytes;
-}
-
-std::string Bytes(std::string const & text)
-{
-    std::string out;
-    for (const char c : text) {
-        if (!out.empty()) out += ',';
-        constexpr char digits[] = "0123456789abcdef";
-        out += {digits[static_cast<unsigned char>(c) >> 4], digits[static_cast<unsigned char>(c) & 15]};
-    }
-    return out;
-}
-
 class RegistryTest : public testing::Test {
 protected:
-    void Use(std::string const & bytes) { m_directory.Write("test.reg", bytes); }
-    void UseLines(std::string const & lines) { Use(Header + lines); }
+    /// Values of the test's own key, or of one below it: one line each, as the registry editor has them.
+    void Import(std::string const & values, std::string const & below = "")
+    {
+        m_editor.Import("[HKEY_LOCAL_MACHINE\\" + Key(below) + "]\r\n" + values);
+    }
+    std::string Key(std::string const & below = "") const { return m_editor.Key() + below; }
     static ErrorCode Open(CRegistryKey & key, std::string const & path)
     {
         return key.Open(path, RegistryView::Default, RegistryAccess::Read);
@@ -61,240 +40,181 @@ protected:
         return value;
     }
     static std::string Text(std::string const & path, std::string const & name) { return Value(path, name).data; }
-    std::string File() const { return m_directory.File("test.reg"); }
+    static std::vector<std::string> Names(std::string const & path)
+    {
+        CRegistryKey key;
+        EXPECT_EQ(Success, Open(key, path));
+        std::vector<std::string> names;
+        std::string name;
+        SRegistryValue value;
+        while (key.EnumValue(static_cast<std::uint32_t>(names.size()), name, value) == Success)
+            names.push_back(name);
+        std::sort(names.begin(), names.end());
+        return names;
+    }
 
-    CTempDirectory m_directory;
-    CScopedVariable m_variable{"KXRA_REGISTRY", m_directory.File("test.reg")};
+    CRegistryEditor m_editor;
 };
+
+/// A text of the system's set.
+std::string Native(std::u16string const & text)
+{
+    return FromUtf16(text.data(), text.size());
+}
 
 } // namespace
 
-TEST_F(RegistryTest, AMissingFileIsAnEmptyRegistry)
-{
-    CRegistryKey key;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(ErrorNotFound(), Open(key, "SOFTWARE"));
-    EXPECT_EQ("", testing::internal::GetCapturedStderr());
-    EXPECT_FALSE(key.IsOpen());
-}
-
 TEST_F(RegistryTest, ReadsEveryKindOfValue)
 {
-    UseLines("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Kinds]\r\n"
-             "@=\"the default\"\r\n"
-             "\"text\"=\"C:\\\\Data\\\\\\\"q\\\"\"\r\n"
-             "\"empty\"=\"\"\r\n"
-             "\"dword\"=dword:0000ABcd\r\n"
-             "\"short\"=dword:7\r\n"
-             "\"binary\"=hex:01,ff,00\r\n"
-             "\"nothing\"=hex:\r\n"
-             "\"expand\"=hex(2):25,00,41,00,25,00,00,00\r\n"
-             "\"multi\"=hex(7):61,00,00,00,62,00,00,00,00,00\r\n"
-             "\"string\"=hex(1):fc,00,00,00\r\n"
-             "\"qword\"=hex(b):01,02,03,04,05,06,07,08\r\n"
-             "\"none\"=hex(0):2a\r\n"
-             "\"raw dword\"=hex(4):01,02,00,00\r\n");
-    const std::string key = "SOFTWARE\\Kinds";
-    EXPECT_EQ("the default", Text(key, ""));
-    EXPECT_EQ("C:\\Data\\\"q\"", Text(key, "text"));
-    EXPECT_EQ(RegString, Value(key, "empty").type);
-    EXPECT_EQ("", Text(key, "empty"));
-    EXPECT_EQ(RegDword, Value(key, "dword").type);
-    EXPECT_EQ(std::string("\xCD\xAB\0\0", 4), Text(key, "dword"));
-    EXPECT_EQ(std::string("\x07\0\0\0", 4), Text(key, "short"));
-    EXPECT_EQ(RegBinary, Value(key, "binary").type);
-    EXPECT_EQ(std::string("\x01\xFF\0", 3), Text(key, "binary"));
-    EXPECT_EQ("", Text(key, "nothing"));
-    EXPECT_EQ(RegExpandString, Value(key, "expand").type);
-    EXPECT_EQ("%A%", Text(key, "expand"));
-    EXPECT_EQ(RegMultiString, Value(key, "multi").type);
-    EXPECT_EQ(std::string("a\0b", 3), Text(key, "multi"));
-    EXPECT_EQ(RegString, Value(key, "string").type);
-    EXPECT_EQ("ü", Text(key, "string"));
-    EXPECT_EQ(RegQword, Value(key, "qword").type);
-    EXPECT_EQ(8u, Text(key, "qword").size());
-    EXPECT_EQ(RegNone, Value(key, "none").type);
-    CRegistryKey opened;
-    ASSERT_EQ(Success, Open(opened, key));
+    Import("@=\"the default\"\r\n"
+           "\"text\"=\"C:\\\\Data\\\\\\\"q\\\"\"\r\n"
+           "\"empty\"=\"\"\r\n"
+           "\"dword\"=dword:0000ABcd\r\n"
+           "\"binary\"=hex:01,ff,00\r\n"
+           "\"nothing\"=hex:\r\n"
+           "\"expand\"=hex(2):25,00,41,00,25,00,00,00\r\n"
+           "\"multi\"=hex(7):61,00,00,00,62,00,00,00,00,00\r\n"
+           "\"string\"=hex(1):41,00,00,00\r\n"
+           "\"open string\"=hex(1):41,00,42,00\r\n"
+           "\"qword\"=hex(b):01,02,03,04,05,06,07,08\r\n"
+           "\"none\"=hex(0):2a\r\n"
+           "\"raw dword\"=hex(4):01,02,00,00\r\n");
+    EXPECT_EQ("the default", Text(Key(), ""));
+    EXPECT_EQ("C:\\Data\\\"q\"", Text(Key(), "text"));
+    EXPECT_EQ(RegString, Value(Key(), "empty").type);
+    EXPECT_EQ("", Text(Key(), "empty"));
+    EXPECT_EQ(RegDword, Value(Key(), "dword").type);
+    EXPECT_EQ(std::string("\xCD\xAB\0\0", 4), Text(Key(), "dword"));
+    EXPECT_EQ(RegBinary, Value(Key(), "binary").type);
+    EXPECT_EQ(std::string("\x01\xFF\0", 3), Text(Key(), "binary"));
+    EXPECT_EQ(RegBinary, Value(Key(), "nothing").type);
+    EXPECT_EQ("", Text(Key(), "nothing"));
+    EXPECT_EQ(RegExpandString, Value(Key(), "expand").type);
+    EXPECT_EQ("%A%", Text(Key(), "expand"));
+    EXPECT_EQ(RegMultiString, Value(Key(), "multi").type);
+    EXPECT_EQ(std::string("a\0b", 3), Text(Key(), "multi"));
+    EXPECT_EQ(RegString, Value(Key(), "string").type);
+    EXPECT_EQ("A", Text(Key(), "string"));
+    EXPECT_EQ("AB", Text(Key(), "open string")) << "without a NUL at its end";
+    EXPECT_EQ(RegQword, Value(Key(), "qword").type);
+    EXPECT_EQ("\x01\x02\x03\x04\x05\x06\x07\x08", Text(Key(), "qword"));
+    EXPECT_EQ(RegNone, Value(Key(), "none").type);
+    EXPECT_EQ("*", Text(Key(), "none"));
+}
+
+TEST_F(RegistryTest, ANumberIsReadFromADwordOfFourBytesOnly)
+{
+    Import("\"number\"=dword:00000201\r\n\"raw\"=hex(4):01,02,00,80\r\n\"text\"=\"1\"\r\n\"binary\"=hex:01,02,00,00\r\n"
+           "\"short\"=hex(4):01,02\r\n\"qword\"=hex(b):01,02,03,04,05,06,07,08\r\n");
+    CRegistryKey key;
+    ASSERT_EQ(Success, Open(key, Key()));
     std::uint32_t number = 0;
-    EXPECT_TRUE(ReadDword(opened, "raw dword", number));
+    EXPECT_TRUE(ReadDword(key, "number", number));
     EXPECT_EQ(0x201u, number);
-    EXPECT_FALSE(ReadDword(opened, "text", number));
-    EXPECT_FALSE(ReadDword(opened, "binary", number));
-    EXPECT_FALSE(ReadDword(opened, "missing", number));
-    EXPECT_EQ(0x201u, number);
+    EXPECT_TRUE(ReadDword(key, "raw", number));
+    EXPECT_EQ(0x80000201u, number);
+    for (char const * const name : {"text", "binary", "short", "qword", "missing"})
+        EXPECT_FALSE(ReadDword(key, name, number)) << name;
+    EXPECT_EQ(0x80000201u, number);
 }
 
-TEST_F(RegistryTest, ReadsUtf8WithAMarkAndUtf16WithAMark)
+TEST_F(RegistryTest, TextsAndNamesAreOfTheSystemsSet)
 {
-    const std::string text = std::string(Header) + "[HKLM\\Grüße]\r\n\"Wert\"=\"süß 𝄞\"\r\n";
-    for (std::string const & bytes : {text, "\xEF\xBB\xBF" + text, Utf16(text), Utf16(text) + "x"}) {
-        Use(bytes);
-        EXPECT_EQ("süß 𝄞", Text("grÜße", "WERT")) << bytes.size();
+    Import("\"Größe\"=\"süß\"\r\n", "\\Grüße");
+    EXPECT_EQ(Native(u"süß"), Text(Key("\\" + Native(u"Grüße")), Native(u"Größe")));
+    EXPECT_EQ((std::vector<std::string>{Native(u"Größe")}), Names(Key("\\" + Native(u"grÜßE"))));
+}
+
+TEST_F(RegistryTest, NamesCompareWithoutCaseAndTheLaterValueWins)
+{
+    Import("\"one\"=\"1\"\r\n\"TWO\"=\"2\"\r\n", "\\Abc");
+    Import("\"ONE\"=\"3\"\r\n\"three\"=dword:3\r\n", "\\aBC");
+    EXPECT_EQ("3", Text(Key("\\ABC"), "One"));
+    EXPECT_EQ((std::vector<std::string>{"TWO", "one", "three"}), Names(Key("\\abc")));
+}
+
+TEST_F(RegistryTest, EveryValueIsEnumeratedOnceWithItsDataWhateverItsSize)
+{
+    const std::string longText(70000, 'x');
+    const std::string longName(250, 'n');
+    Import("\"" + longName + "\"=\"" + longText + "\"\r\n\"number\"=dword:00000007\r\n@=\"default\"\r\n");
+    CRegistryKey key;
+    ASSERT_EQ(Success, Open(key, Key()));
+    std::map<std::string, std::string> found;
+    std::string name = "kept";
+    SRegistryValue value;
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        ASSERT_EQ(Success, key.EnumValue(i, name, value)) << i;
+        EXPECT_TRUE(found.emplace(name, value.data).second) << name;
     }
-}
-
-TEST_F(RegistryTest, LineEndsMayBeOfEitherKindAndTheLastMayBeMissing)
-{
-    Use("Windows Registry Editor Version 5.00\n[HKLM\\A]\n\"a\"=\"1\"\r\n\"b\"=\"2\"");
-    EXPECT_EQ("1", Text("A", "a"));
-    EXPECT_EQ("2", Text("A", "b"));
-}
-
-TEST_F(RegistryTest, ContinuedLinesAreJoined)
-{
-    UseLines(
-        "[HKLM\\A]\r\n\"a\"=hex:01,\\\r\n  02,03,\\\r\n\t04\r\n\"b\"=hex(2):41,00,\\\n  42,00\n\"c\"=\\\n dword:5\n");
-    EXPECT_EQ("\x01\x02\x03\x04", Text("A", "a"));
-    EXPECT_EQ("AB", Text("A", "b"));
-    EXPECT_EQ(RegDword, Value("A", "c").type);
-}
-
-TEST_F(RegistryTest, AContinuationThatNeverComesLosesOnlyItsOwnValue)
-{
-    testing::internal::CaptureStderr();
-    UseLines("[HKLM\\A]\n\"a\"=hex:01,\\\n\"b\"=\"kept\"\n\"c\"=hex:01,\\\n[HKLM\\B]\n\"d\"=\"kept\"\n\"e\"=hex:02,\\");
-    EXPECT_EQ("kept", Text("A", "b"));
-    EXPECT_EQ("kept", Text("B", "d"));
-    EXPECT_EQ(0xFFFFu, Value("A", "a").type);
-    EXPECT_EQ(0xFFFFu, Value("B", "e").type);
-    EXPECT_EQ(File() + ":4: the continued line is missing, the line is passed over\n" + File() +
-                  ":6: the continued line is missing, the line is passed over\n" + File() +
-                  ":9: the continued line is missing, the line is passed over\n",
-              testing::internal::GetCapturedStderr());
-}
-
-TEST_F(RegistryTest, CommentsAndBlanksAreNoMatter)
-{
-    UseLines("; a comment\n   [HKLM\\A]  ; of the key\n  ;\"x\"=\"1\"\n \"a\" = \"semi;colon\" ; text\n"
-             "\"b\" = dword:2 ; C:\\\n\"c\"=hex:0a, 0b ;\n[HKLM\\B]]\n\"d\"=\"1\"\n");
-    EXPECT_EQ("semi;colon", Text("A", "a"));
-    EXPECT_EQ(std::string("\x02\0\0\0", 4), Text("A", "b"));
-    EXPECT_EQ("\n\v", Text("A", "c"));
-    EXPECT_EQ("1", Text("B]", "d"));
-    EXPECT_EQ(0xFFFFu, Value("A", "x").type);
-}
-
-TEST_F(RegistryTest, NamesCompareWithoutCaseAndTheLaterValueWinsAtTheEarlierPlace)
-{
-    UseLines("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Abc]\n\"one\"=\"1\"\n\"TWO\"=\"2\"\n"
-             "[hklm\\software\\ABC]\n\"ONE\"=\"3\"\n\"three\"=dword:3\n");
-    CRegistryKey key;
-    ASSERT_EQ(Success, Open(key, "Software\\aBC"));
-    std::string name;
-    SRegistryValue value;
-    ASSERT_EQ(Success, key.EnumValue(0, name, value));
-    EXPECT_EQ("one", name);
-    EXPECT_EQ("3", value.data);
-    ASSERT_EQ(Success, key.EnumValue(1, name, value));
-    EXPECT_EQ("TWO", name);
-    ASSERT_EQ(Success, key.EnumValue(2, name, value));
-    EXPECT_EQ(RegDword, value.type);
+    EXPECT_EQ((std::map<std::string, std::string>{
+                  {"", "default"}, {longName, longText}, {"number", std::string("\x07\0\0\0", 4)}}),
+              found);
+    name = "kept";
     EXPECT_EQ(ErrorNotFound(), key.EnumValue(3, name, value));
-    EXPECT_EQ("three", name);
+    EXPECT_EQ("kept", name);
 }
 
-TEST_F(RegistryTest, KeysAndValuesCanBeRemoved)
+TEST_F(RegistryTest, DataOfEverySizeAroundTheFirstRoomIsRead)
 {
-    UseLines("[HKLM\\A\\B]\n\"a\"=\"1\"\n\"b\"=\"2\"\n\"c\"=\"3\"\n[HKLM\\C\\D\\E]\n\"x\"=\"1\"\n"
-             "[HKLM\\A\\B]\n\"B\"=-\n\"gone\"=-\n[-HKLM\\c\\d]\n\"y\"=\"ignored\"\n[-HKLM\\no\\such]\n");
-    CRegistryKey key;
-    ASSERT_EQ(Success, Open(key, "A\\B"));
-    std::string name;
-    SRegistryValue value;
-    EXPECT_EQ(ErrorNotFound(), key.Query("b", value));
-    ASSERT_EQ(Success, key.EnumValue(1, name, value));
-    EXPECT_EQ("c", name);
-    ASSERT_EQ(Success, key.Query("c", value));
-    EXPECT_EQ("3", value.data);
-    EXPECT_TRUE(Exists("C"));
-    EXPECT_FALSE(Exists("C\\D"));
-    EXPECT_FALSE(Exists("C\\D\\E"));
-    EXPECT_FALSE(Exists("no"));
+    std::string lines;
+    for (int size = 255; size <= 265; ++size)
+        lines += "\"" + std::to_string(size) + "\"=\"" + std::string(static_cast<std::size_t>(size), 'x') + "\"\r\n";
+    Import(lines);
+    for (int size = 255; size <= 265; ++size)
+        EXPECT_EQ(std::string(static_cast<std::size_t>(size), 'x'), Text(Key(), std::to_string(size))) << size;
+}
+
+TEST_F(RegistryTest, KeysAndValuesThatWereRemovedAreGone)
+{
+    Import("\"a\"=\"1\"\r\n\"b\"=\"2\"\r\n", "\\A");
+    Import("\"x\"=\"1\"\r\n", "\\C\\D\\E");
+    Import("\"B\"=-\r\n", "\\A");
+    m_editor.Import("[-HKEY_LOCAL_MACHINE\\" + Key("\\c\\d") + "]\r\n");
+    EXPECT_EQ((std::vector<std::string>{"a"}), Names(Key("\\A")));
+    EXPECT_TRUE(Exists(Key("\\C")));
+    EXPECT_FALSE(Exists(Key("\\C\\D")));
+    EXPECT_FALSE(Exists(Key("\\C\\D\\E")));
 }
 
 TEST_F(RegistryTest, ParentsOfAKeyExistAndSharpNamesAreOrdinary)
 {
-    UseLines("[HKLM\\SOFTWARE\\Halvorn Systems\\#Setup]\n\"FileRoot\"=\"D:\\\\\"\n");
+    Import("\"FileRoot\"=\"D:\\\\\"\r\n", "\\Halvorn Systems\\#Setup");
     EXPECT_TRUE(Exists(""));
     EXPECT_TRUE(Exists("SOFTWARE"));
-    EXPECT_TRUE(Exists("SOFTWARE\\Halvorn Systems"));
-    EXPECT_TRUE(Exists("SOFTWARE\\Halvorn Systems\\#Setup\\"));
-    EXPECT_EQ("D:\\", Text("SOFTWARE\\Halvorn Systems\\#Setup", "FileRoot"));
+    EXPECT_TRUE(Exists(Key("\\Halvorn Systems")));
+    EXPECT_TRUE(Exists(Key("\\Halvorn Systems\\#Setup\\")));
+    EXPECT_EQ("D:\\", Text(Key("\\Halvorn Systems\\#Setup"), "FileRoot"));
     EXPECT_FALSE(Exists("\\SOFTWARE"));
-    EXPECT_FALSE(Exists("SOFTWARE\\\\Halvorn Systems"));
-    EXPECT_FALSE(Exists("SOFTWARE\\Halvorn"));
+    EXPECT_FALSE(Exists(Key("\\Halvorn")));
 }
 
-TEST_F(RegistryTest, OtherHivesArePassedOverInSilence)
+TEST_F(RegistryTest, AMissingKeyOrValueIsNotFound)
 {
-    testing::internal::CaptureStderr();
-    UseLines("[HKEY_CURRENT_USER\\A]\n\"a\"=\"1\"\n[HKLM\\B]\n\"b\"=\"1\"\n");
-    EXPECT_FALSE(Exists("A"));
-    EXPECT_EQ("1", Text("B", "b"));
-    EXPECT_EQ("", testing::internal::GetCapturedStderr());
-}
-
-TEST_F(RegistryTest, AllViewsAndFullAccessShowTheSame)
-{
-    UseLines("[HKLM\\A]\n\"a\"=\"1\"\n");
-    for (const RegistryView view : {RegistryView::Default, RegistryView::View64, RegistryView::View32})
-        for (const RegistryAccess access : {RegistryAccess::Read, RegistryAccess::Full}) {
-            CRegistryKey key;
-            ASSERT_EQ(Success, key.Open("A", view, access));
-            SRegistryValue value;
-            EXPECT_EQ(Success, key.Query("a", value));
-        }
-}
-
-TEST_F(RegistryTest, AChangedFileIsSeenAtTheNextOpenAndAnOpenKeyStaysAsItWas)
-{
-    UseLines("[HKLM\\A]\n\"a\"=\"1\"\n");
-    CRegistryKey old;
-    ASSERT_EQ(Success, Open(old, "A"));
-    for (int i = 2; i < 10; ++i) { // the same size each time, as fast as it goes
-        UseLines("[HKLM\\A]\n\"a\"=\"" + std::to_string(i) + "\"\n");
-        EXPECT_EQ(std::to_string(i), Text("A", "a"));
-    }
-    SRegistryValue value;
-    ASSERT_EQ(Success, old.Query("a", value));
-    EXPECT_EQ("1", value.data);
-    std::filesystem::remove(File());
-    EXPECT_FALSE(Exists("A"));
-    ASSERT_EQ(Success, old.Query("a", value));
-}
-
-TEST_F(RegistryTest, AnOldFileIsReadFromMemoryUntilItChanges)
-{
-    UseLines("[HKLM\\A]\n\"a\"=\"1\"\n");
-    const auto longAgo = std::filesystem::last_write_time(File()) - std::chrono::hours(1);
-    std::filesystem::last_write_time(File(), longAgo);
-    EXPECT_EQ("1", Text("A", "a"));
-    EXPECT_EQ("1", Text("A", "a"));
-    UseLines("[HKLM\\A]\n\"a\"=\"2\"\n");
-    EXPECT_EQ("2", Text("A", "a"));
-}
-
-TEST_F(RegistryTest, AnotherFileIsTakenWhenTheVariableChanges)
-{
-    UseLines("[HKLM\\A]\n\"a\"=\"1\"\n");
-    EXPECT_EQ("1", Text("A", "a"));
-    const CScopedVariable other("KXRA_REGISTRY", m_directory.Write("b.reg", std::string(Header) + "[HKLM\\B]\n"));
-    EXPECT_TRUE(Exists("B"));
-    EXPECT_FALSE(Exists("A"));
-}
-
-TEST_F(RegistryTest, AFileThatIsNoFileIsReportedOnceAndAnswersItsError)
-{
-    std::filesystem::create_directory(File());
-    testing::internal::CaptureStderr();
+    Import("\"a\"=\"1\"\r\n");
     CRegistryKey key;
-    const ErrorCode error = Open(key, "A");
-    EXPECT_NE(Success, error);
-    EXPECT_NE(ErrorNotFound(), error);
-    EXPECT_EQ(error, Open(key, "A"));
-    EXPECT_EQ(File() + ": can't be read: " + CrtErrorText(static_cast<int>(error)) + "\n",
-              testing::internal::GetCapturedStderr());
+    SRegistryValue value;
+    EXPECT_EQ(ErrorNotFound(), Open(key, Key("\\B")));
+    ASSERT_EQ(Success, Open(key, Key()));
+    EXPECT_EQ(ErrorNotFound(), key.Query("b", value));
+    EXPECT_EQ(ErrorNotFound(), key.Query("", value)) << "the default value was never set";
+}
+
+TEST_F(RegistryTest, WhatIsImportedLaterIsSeenAtTheNextOpen)
+{
+    Import("\"a\"=\"1\"\r\n");
+    EXPECT_EQ("1", Text(Key(), "a"));
+    Import("\"a\"=\"2\"\r\n");
+    EXPECT_EQ("2", Text(Key(), "a"));
+}
+
+TEST_F(RegistryTest, WhoMayWriteGetsFullAccess)
+{
+    Import("\"a\"=\"1\"\r\n");
+    CRegistryKey key;
+    SRegistryValue value;
+    ASSERT_EQ(Success, key.Open(Key(), RegistryView::Default, RegistryAccess::Full));
+    EXPECT_EQ(Success, key.Query("a", value));
 }
 
 TEST_F(RegistryTest, AClosedKeyAnswersNotFound)
@@ -308,192 +228,24 @@ TEST_F(RegistryTest, AClosedKeyAnswersNotFound)
 
 TEST_F(RegistryTest, AFailedOpenClosesWhatWasOpen)
 {
-    UseLines("[HKLM\\A]\n");
+    Import("");
     CRegistryKey key;
-    ASSERT_EQ(Success, Open(key, "A"));
+    ASSERT_EQ(Success, Open(key, Key()));
     CRegistryKey moved(std::move(key));
     EXPECT_TRUE(moved.IsOpen());
-    EXPECT_EQ(ErrorNotFound(), Open(moved, "B"));
+    EXPECT_EQ(ErrorNotFound(), Open(moved, Key("\\B")));
     EXPECT_FALSE(moved.IsOpen());
 }
 
-TEST_F(RegistryTest, ABadLineIsReportedOnceThoughTheFileIsReadAgain)
+TEST_F(RegistryTest, AnExpandableTextComesAsItIsAndIsExpandedByItsReader)
 {
-    testing::internal::CaptureStderr();
-    UseLines("[HKLM\\A]\nnonsense\n\"a\"=\"1\"\n");
-    EXPECT_EQ("1", Text("A", "a"));
-    EXPECT_EQ("1", Text("A", "a"));
-    UseLines("[HKLM\\A]\nnonsense\n\"a\"=\"22\"\n");
-    EXPECT_EQ("22", Text("A", "a"));
-    EXPECT_EQ(File() + ":4: neither a key nor a value nor a comment, the line is passed over\n",
-              testing::internal::GetCapturedStderr());
-}
-
-TEST_F(RegistryTest, AFileWithoutTheHeaderIsReadAndReported)
-{
-    testing::internal::CaptureStderr();
-    Use("[HKLM\\A]\n\"a\"=\"1\"\n");
-    EXPECT_EQ("1", Text("A", "a"));
-    EXPECT_EQ(File() +
-                  ":1: the file doesn't begin with \"Windows Registry Editor Version 5.00\", the line is passed over\n",
-              testing::internal::GetCapturedStderr());
-}
-
-TEST_F(RegistryTest, NoBytesWhateverBreakIt)
-{
-    std::mt19937 random(4711);
-    const std::string sample = std::string(Header) +
-                               "[HKLM\\A\\B]\r\n\"a\"=hex(2):41,00,\\\r\n 42,00\r\n@=\"x\\\\y\"\r\n"
-                               "[-HKLM\\A]\r\n\"b\"=dword:1\r\n";
-    testing::internal::CaptureStderr();
-    for (int i = 0; i < 300; ++i) {
-        std::string bytes = i % 2 == 0 ? sample : Utf16(sample);
-        bytes.resize(random() % (bytes.size() + 1));
-        for (unsigned flips = random() % 8; flips != 0 && !bytes.empty(); --flips)
-            bytes[random() % bytes.size()] = static_cast<char>(random());
-        Use(bytes);
-        Exists("A\\B");
-        EXPECT_TRUE(Exists(""));
-    }
-    testing::internal::GetCapturedStderr();
-}
-
-TEST_F(RegistryTest, AHugeBinaryFileIsCutAndItsReportsAreLimited)
-{
-    constexpr std::string_view garbage = "\x01garbage that is no line of a registry, over and over again\n";
-    std::string bytes(std::string(Header) + "[HKLM\\A]\n");
-    const std::size_t lines = ((16U << 20) - bytes.size() + garbage.size() - 1) / garbage.size(); // the last one is cut
-    while (bytes.size() < (17U << 20))
-        bytes += garbage;
-    Use(bytes + "[HKLM\\Z]\n");
-    testing::internal::CaptureStderr();
-    EXPECT_TRUE(Exists("A"));
-    EXPECT_FALSE(Exists("Z"));
-    const std::string report = testing::internal::GetCapturedStderr();
-    EXPECT_NE(std::string::npos, report.find("longer than 16777216 bytes"));
-    EXPECT_NE(std::string::npos, report.find(":103: neither")) << "the hundredth";
-    EXPECT_EQ(std::string::npos, report.find(":104: neither"));
-    EXPECT_NE(std::string::npos, report.find(": " + std::to_string(lines - 100) + " more lines can't be read"));
-}
-
-TEST_F(RegistryTest, AValueOfVeryManyLinesTakesTimeInProportion)
-{
-    constexpr std::size_t lines = 2'000'000;
-    std::string bytes;
-    for (std::size_t i = 0; i < lines; ++i)
-        bytes += "1,\\\n";
-    UseLines("[HKLM\\A]\n\"a\"=hex:" + bytes + "2\n\"b\"=\"behind\"\n");
-    EXPECT_EQ(lines + 1, Text("A", "a").size());
-    EXPECT_EQ("behind", Text("A", "b"));
-}
-
-TEST_F(RegistryTest, ManyThreadsReadWhileTheFileChanges)
-{
-    UseLines("[HKLM\\A]\n\"a\"=\"1\"\n");
-    std::atomic<bool> stop{false};
-    std::atomic<unsigned> misses{0};
-    const auto replace = [&](char const * text) {
-        m_directory.Write("new.reg", std::string(Header) + "[HKLM\\A]\n\"a\"=\"" + text + "\"\n");
-        std::filesystem::rename(m_directory.File("new.reg"), File());
-    };
-    std::vector<std::thread> readers;
-    for (int i = 0; i < 4; ++i)
-        readers.emplace_back([&] {
-            while (!stop) {
-                const std::string text = Text("A", "a");
-                if (text != "1" && text != "2") ++misses;
-            }
-        });
-    for (int i = 0; i < 100; ++i)
-        replace(i % 2 == 0 ? "2" : "1");
-    stop = true;
-    for (std::thread & reader : readers)
-        reader.join();
-    EXPECT_EQ(0u, misses);
-}
-
-namespace {
-
-struct SBadLine {
-    char const * name;
-    std::string line;
-    char const * reason;
-};
-class RegistryBadLineTest : public RegistryTest, public testing::WithParamInterface<SBadLine> {};
-
-} // namespace
-
-TEST_P(RegistryBadLineTest, IsReportedWithItsNumberAndPassedOver)
-{
-    testing::internal::CaptureStderr();
-    UseLines("[HKLM\\Before]\n\"a\"=\"1\"\n" + GetParam().line + "\n[HKLM\\After]\n\"b\"=\"2\"\n");
-    EXPECT_EQ("1", Text("Before", "a"));
-    EXPECT_EQ("2", Text("After", "b"));
-    CRegistryKey key;
-    std::string name;
-    SRegistryValue value;
-    ASSERT_EQ(Success, Open(key, "Before"));
-    EXPECT_EQ(ErrorNotFound(), key.EnumValue(1, name, value));
-    EXPECT_EQ(File() + ":5: " + GetParam().reason + ", the line is passed over\n",
-              testing::internal::GetCapturedStderr());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Lines, RegistryBadLineTest,
-    testing::Values(SBadLine{"Nonsense", "nonsense", "neither a key nor a value nor a comment"},
-                    SBadLine{"OpenQuoteOfName", "\"x=\"1\"", "an equals sign must follow the value's name"},
-                    SBadLine{"OpenQuoteOfText", "\"x\"=\"1", "the closing quote is missing"},
-                    SBadLine{"NoEqualsSign", "\"x\" \"1\"", "an equals sign must follow the value's name"},
-                    SBadLine{"NoData", "\"x\"=", "the data is of no known kind"},
-                    SBadLine{"UnknownKind", "\"x\"=word:1", "the data is of no known kind"},
-                    SBadLine{"TextBehindText", "\"x\"=\"1\"2", "something follows the closing quote"},
-                    SBadLine{"DwordEmpty", "\"x\"=dword:", "a dword has 1 to 8 hexadecimal digits"},
-                    SBadLine{"DwordTooLong", "\"x\"=dword:000000001", "a dword has 1 to 8 hexadecimal digits"},
-                    SBadLine{"DwordNoHex", "\"x\"=dword:12g", "a dword has 1 to 8 hexadecimal digits"},
-                    SBadLine{"DwordSigned", "\"x\"=dword:-1", "a dword has 1 to 8 hexadecimal digits"},
-                    SBadLine{"ByteTooLong", "\"x\"=hex:001", "a byte has one or two hexadecimal digits"},
-                    SBadLine{"ByteNoHex", "\"x\"=hex:0x", "the list of bytes holds something else"},
-                    SBadLine{"ByteMissing", "\"x\"=hex:01,,02", "the list of bytes holds something else"},
-                    SBadLine{"HexWithoutColon", "\"x\"=hex", "a colon must stand ahead of the bytes"},
-                    SBadLine{"TypeOpen", "\"x\"=hex(2:00", "the type's closing bracket is missing"},
-                    SBadLine{"TypeNoNumber", "\"x\"=hex(z):00", "the type is no hexadecimal number"},
-                    SBadLine{"OddText", "\"x\"=hex(2):41,00,42", "a text in bytes has an odd number of them"},
-                    SBadLine{"KeyOpen", "[HKLM\\X", "the key's closing bracket is missing"},
-                    SBadLine{"KeyUnknownHive", "[HKXX\\X]", "the key lies in no known hive"},
-                    SBadLine{"KeyEmpty", "[]", "the key lies in no known hive"},
-                    SBadLine{"KeyEmptyPart", "[HKLM\\X\\\\Y]", "a part of the key's name is empty"},
-                    SBadLine{"KeyPartTooLong", "[HKLM\\" + std::string(766, 'x') + "]",
-                             "a part of the key's name is too long"},
-                    SBadLine{"KeyTooDeep",
-                             "[HKLM" +
-                                 [] {
-                                     std::string p;
-                                     for (int i = 0; i < 513; ++i)
-                                         p += "\\x";
-                                     return p;
-                                 }() +
-                                 "]",
-                             "the key lies too deep"},
-                    SBadLine{"RemovedHive", "[-HKLM]", "a hive can't be removed"},
-                    SBadLine{"Nul", std::string("\"x\"=\"1\0\"", 9), "the line holds a NUL"}),
-    [](const auto & test) { return std::string(test.param.name); });
-
-TEST_F(RegistryTest, ValuesOfABadKeyDontFallToTheKeyBefore)
-{
-    testing::internal::CaptureStderr();
-    UseLines("\"early\"=\"1\"\n[HKLM\\A]\n[HKXX\\B]\n\"x\"=\"1\"\n");
-    EXPECT_EQ(0xFFFFu, Value("A", "x").type);
-    EXPECT_EQ(File() + ":3: the value stands ahead of the first key, the line is passed over\n" + File() +
-                  ":5: the key lies in no known hive, the line is passed over\n",
-              testing::internal::GetCapturedStderr());
-}
-
-TEST_F(RegistryTest, ALongTextSurvives)
-{
-    const std::string text(100000, 'x');
-    UseLines("[HKLM\\A]\n\"a\"=\"" + text + "\"\n\"b\"=hex:" + Bytes(text) + "\n");
-    EXPECT_EQ(text, Text("A", "a"));
-    EXPECT_EQ(text, Text("A", "b"));
+    const CScopedVariable place("KXRA_TEST_PLACE", "D:\\place");
+    // "%KXRA_TEST_PLACE%\x"
+    Import(
+        "\"a\"=hex(2):25,00,4b,00,58,00,52,00,41,00,5f,00,54,00,45,00,53,00,54,00,5f,00,50,00,4c,00,41,00,43,00,\\\r\n"
+        "  45,00,25,00,5c,00,78,00,00,00\r\n");
+    EXPECT_EQ("%KXRA_TEST_PLACE%\\x", Text(Key(), "a"));
+    EXPECT_EQ("D:\\place\\x", ExpandEnvironment(Text(Key(), "a")));
 }
 
 namespace {
@@ -523,3 +275,10 @@ INSTANTIATE_TEST_SUITE_P(Texts, ExpandEnvironmentTest,
                                          SExpansion{"TwoSigns", "100%%", "100%%"},
                                          SExpansion{"Twice", "%KXRA_TEST_A%%KXRA_TEST_A%", "valuevalue"}),
                          [](const auto & test) { return std::string(test.param.name); });
+
+TEST(ExpandEnvironmentLimitTest, AVeryLongValueFits)
+{
+    const std::string value(20000, 'v');
+    const CScopedVariable known("KXRA_TEST_A", value);
+    EXPECT_EQ(value + value + "x", ExpandEnvironment("%KXRA_TEST_A%%KXRA_TEST_A%x"));
+}

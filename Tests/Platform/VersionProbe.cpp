@@ -1,4 +1,6 @@
-extern "C" __attribute__((visibility("default"))) int VersionProbe()
+#include "Snmp/Frame/Export.h"
+
+extern "C" KXRA_EXPORT int VersionProbe()
 {
     return 1;
 }
@@ -6,12 +8,12 @@ extern "C" __attribute__((visibility("default"))) int VersionProbe()
 // Objects that others look up by their names.
 namespace Probe {
 
-struct __attribute__((visibility("default"))) CShared {
+struct KXRA_EXPORT CShared {
     static int m_iNumber;
 };
 int CShared::m_iNumber = 4711;
 
-extern __attribute__((visibility("default"))) int Variable;
+extern KXRA_EXPORT int Variable;
 int Variable = 1;
 
 } // namespace Probe

@@ -4,25 +4,9 @@
 #include <stdexcept>
 #include <vector>
 
-#include <windows.h>
-
-#include "Platform/Handle.h"
+#include "SystemHandle.h"
 
 namespace {
-
-struct SHandleTraits {
-    using Type = HANDLE;
-    static Type None() noexcept { return nullptr; }
-    static void Close(Type handle) noexcept { ::CloseHandle(handle); }
-};
-using CSystemHandle = Platform::THandle<SHandleTraits>;
-
-struct SServiceTraits {
-    using Type = SC_HANDLE;
-    static Type None() noexcept { return nullptr; }
-    static void Close(Type handle) noexcept { ::CloseServiceHandle(handle); }
-};
-using CServiceHandle = Platform::THandle<SServiceTraits>;
 
 /// Held as long as the host is a test's.
 class CHostLock {
@@ -51,7 +35,7 @@ std::filesystem::path WindowsDirectory()
 struct CHostFixture::SImpl {
     CHostLock lock;
     std::vector<std::filesystem::path> files;
-    std::vector<CServiceHandle> services;
+    std::vector<CNativeService> services;
 };
 
 CHostFixture::CHostFixture() : m_impl(std::make_unique<SImpl>()) {}
@@ -61,7 +45,7 @@ CHostFixture::~CHostFixture()
     std::error_code ignored;
     for (std::filesystem::path const & file : m_impl->files)
         std::filesystem::remove(file, ignored);
-    for (CServiceHandle const & service : m_impl->services)
+    for (CNativeService const & service : m_impl->services)
         ::DeleteService(service.Get());
 }
 
@@ -84,9 +68,9 @@ void CHostFixture::MakeSystemFolder(std::string const & name)
 
 void CHostFixture::InstallService(std::string const & name, std::size_t configurationBytes)
 {
-    const CServiceHandle manager(::OpenSCManagerA(nullptr, nullptr, SC_MANAGER_CREATE_SERVICE));
+    const CNativeService manager(::OpenSCManagerA(nullptr, nullptr, SC_MANAGER_CREATE_SERVICE));
     const std::string program = SystemFile("kestrix-test.exe ").string() + std::string(configurationBytes, 'x');
-    CServiceHandle service(::CreateServiceA(manager.Get(), name.c_str(), nullptr, DELETE, SERVICE_WIN32_OWN_PROCESS,
+    CNativeService service(::CreateServiceA(manager.Get(), name.c_str(), nullptr, DELETE, SERVICE_WIN32_OWN_PROCESS,
                                             SERVICE_DEMAND_START, SERVICE_ERROR_NORMAL, program.c_str(), nullptr,
                                             nullptr, nullptr, nullptr, nullptr));
     if (!service) throw std::runtime_error("no service " + name + ": " + std::to_string(::GetLastError()));

@@ -3,22 +3,13 @@
 #include <stdexcept>
 #include <string_view>
 
-#include <windows.h>
-
-#include "Platform/Handle.h"
 #include "Platform/Posix/RegistryStore.h"
+#include "SystemHandle.h"
 
 namespace {
 
 constexpr char Place[] = "Software\\Kestrix tests\\"; ///< below HKEY_CURRENT_USER
 constexpr std::string_view Hives[] = {"[HKEY_LOCAL_MACHINE\\", "[HKLM\\"};
-
-struct SKeyTraits {
-    using Type = HKEY;
-    static Type None() noexcept { return nullptr; }
-    static void Close(Type key) noexcept { ::RegCloseKey(key); }
-};
-using CKey = Platform::THandle<SKeyTraits>;
 
 void Check(LSTATUS status, char const * what)
 {
@@ -26,13 +17,13 @@ void Check(LSTATUS status, char const * what)
 }
 
 /// Nothing of it outlives the session, whatever becomes of the test.
-CKey MakeKey(HKEY parent, std::string const & path)
+CNativeKey MakeKey(HKEY parent, std::string const & path)
 {
     HKEY key = nullptr;
     Check(::RegCreateKeyExA(parent, path.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &key,
                             nullptr),
           path.c_str());
-    return CKey(key);
+    return CNativeKey(key);
 }
 
 /// The texts of the reader come without the NULs at their end.
@@ -90,7 +81,7 @@ void WriteLines(HKEY machine, std::string_view lines)
 struct CRegistryFixture::SImpl {
     const std::string place = Place + std::to_string(::GetCurrentProcessId());
     unsigned contents = 0;
-    CKey machine;
+    CNativeKey machine;
 };
 
 CRegistryFixture::CRegistryFixture() : m_impl(std::make_unique<SImpl>())
@@ -107,7 +98,7 @@ CRegistryFixture::~CRegistryFixture()
 
 void CRegistryFixture::Write(std::string const & lines)
 {
-    CKey machine = MakeKey(HKEY_CURRENT_USER, m_impl->place + '\\' + std::to_string(++m_impl->contents));
+    CNativeKey machine = MakeKey(HKEY_CURRENT_USER, m_impl->place + '\\' + std::to_string(++m_impl->contents));
     WriteLines(machine.Get(), lines);
     Check(::RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine.Get()), "HKEY_LOCAL_MACHINE");
     m_impl->machine = std::move(machine);

@@ -1,0 +1,69 @@
+#include "Platform/Host.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "Platform/Environment.h"
+#include "Support/ScopedVariable.h"
+
+using namespace Platform;
+
+TEST(WindowsHostTest, ComputerNameIsTheNameOfTheEnvironment)
+{
+    std::string name;
+    ASSERT_EQ(Success, ComputerName(name, 16));
+    char const * const known = std::getenv("COMPUTERNAME");
+    ASSERT_NE(nullptr, known);
+    EXPECT_EQ(known, name);
+}
+
+TEST(WindowsHostTest, SystemDirectoryIsTheSystemsOwn)
+{
+    std::string directory;
+    ASSERT_EQ(Success, SystemDirectory(directory));
+    EXPECT_TRUE(std::filesystem::is_directory(directory));
+    char const * const known = std::getenv("windir");
+    ASSERT_NE(nullptr, known);
+    EXPECT_TRUE(std::filesystem::equivalent(known, directory)) << known << ' ' << directory;
+    EXPECT_EQ('\\', PathSeparator());
+}
+
+TEST(WindowsHostTest, AVersionOfAtLeastTheOneThatIsAskedForIsReported)
+{
+    SOsVersion version{};
+    ASSERT_EQ(Success, OsVersion(version));
+    EXPECT_GE(version.major * 100 + version.minor, 602u) << "the firewall rules need 6.2";
+    EXPECT_NE(0u, version.build);
+}
+
+TEST(WindowsHostTest, TheProcessorIsAnX64AndTheFirewallIsManaged)
+{
+    EXPECT_EQ(9u, Architecture());
+    EXPECT_TRUE(HasManagedFirewall());
+}
+
+TEST(WindowsHostTest, TheStateDirectoryLiesUnderTheDataOfAllUsersUnlessItIsNamed)
+{
+    const CScopedVariable data("ProgramData", "C:\\Data");
+    const CScopedVariable none("KXRA_STATE_DIRECTORY", std::nullopt);
+    EXPECT_EQ("C:\\Data\\Kestrix\\snmpd", StateDirectory());
+    const CScopedVariable named("KXRA_STATE_DIRECTORY", "D:\\state");
+    EXPECT_EQ("D:\\state", StateDirectory());
+}
+
+TEST(WindowsHostTest, WithoutADirectoryForAllUsersThereIsNoStateDirectory)
+{
+    const CScopedVariable data("ProgramData", std::nullopt);
+    const CScopedVariable none("KXRA_STATE_DIRECTORY", std::nullopt);
+    EXPECT_EQ("", StateDirectory());
+}
+
+TEST(WindowsHostTest, AVariableIsSetForTheCLibraryAndTheSystem)
+{
+    const CScopedVariable restored("KXRA_TEST_SET", std::nullopt);
+    EXPECT_EQ(Success, SetEnvironmentText("KXRA_TEST_SET", "value"));
+    EXPECT_STREQ("value", std::getenv("KXRA_TEST_SET"));
+    EXPECT_EQ(0, std::system("cmd /c if not \"%KXRA_TEST_SET%\"==\"value\" exit 1"));
+}
