@@ -89,7 +89,9 @@ extern "C" int SnmpUtilOidAppend(AsnObjectIdentifier * target, AsnObjectIdentifi
     if (oldArcs > MaxArcs || tailArcs > MaxArcs - oldArcs) return 0;
     const bool ontoItself = target->ids == tail->ids;
     const auto bytes = static_cast<std::uint32_t>((oldArcs + tailArcs) * sizeof(std::uint32_t));
-    auto * const ids = static_cast<std::uint32_t *>(SnmpUtilMemReAlloc(target->ids, bytes));
+    std::uint32_t * const oldIds = target->ids;
+    void * const block = oldIds != nullptr ? SnmpUtilMemReAlloc(oldIds, bytes) : SnmpUtilMemAlloc(bytes);
+    auto * const ids = static_cast<std::uint32_t *>(block);
     if (ids == nullptr) return 0;
     std::uint32_t const * const tailIds = ontoItself ? ids : tail->ids;
     std::memmove(ids + oldArcs, tailIds, tailArcs * sizeof(std::uint32_t));

@@ -7,13 +7,22 @@
 #include "Snmp/Mib/Oid.h"
 #include "Snmp/Mib/VarBind.h"
 
+namespace {
+
+/// The block with another size, or a new one where there is none; null when there is no memory.
+void * Resized(void * block, std::uint64_t bytes) noexcept
+{
+    if (bytes > std::numeric_limits<std::uint32_t>::max()) return nullptr;
+    const auto size = static_cast<std::uint32_t>(bytes);
+    return block != nullptr ? SnmpUtilMemReAlloc(block, size) : SnmpUtilMemAlloc(size);
+}
+
+} // namespace
+
 std::int32_t GrowVarBindList(RFC1157VarBindList & list, std::uint32_t count)
 {
     if (list.len >= count) return 1;
-    const std::uint64_t bytes = std::uint64_t{count} * sizeof(RFC1157VarBind);
-    void * const grown = bytes > std::numeric_limits<std::uint32_t>::max()
-                             ? nullptr
-                             : SnmpUtilMemReAlloc(list.list, static_cast<std::uint32_t>(bytes));
+    void * const grown = Resized(list.list, std::uint64_t{count} * sizeof(RFC1157VarBind));
     if (grown == nullptr) {
         SnmpUtilVarBindListFree(&list);
         list = {};

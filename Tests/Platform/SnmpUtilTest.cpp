@@ -1,9 +1,96 @@
 #include "Platform/SnmpUtil.h"
 
-#include "Platform/SnmpValues.h"
-#include "SnmpUtilBase.h"
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
 
 namespace {
+
+constexpr unsigned NoFault = 0xFFFFFFFF;
+unsigned g_allocationsUntilFault = NoFault;
+int g_blocks = 0; ///< allocated and not freed yet
+
+bool MayAllocate() noexcept
+{
+    if (g_allocationsUntilFault == NoFault) return true;
+    return g_allocationsUntilFault-- != 0;
+}
+
+/// Lets the allocation with the number `n`, counted from 0, fail and those behind it as well.
+class CFaultFrom {
+public:
+    explicit CFaultFrom(unsigned n) { g_allocationsUntilFault = n; }
+    ~CFaultFrom() { g_allocationsUntilFault = NoFault; }
+};
+
+} // namespace
+
+// In the place of the platform's, so that memory can run out.
+extern "C" void * SnmpUtilMemAlloc(std::uint32_t bytes) noexcept
+{
+    void * const block = MayAllocate() ? std::malloc(bytes) : nullptr;
+    if (block != nullptr) ++g_blocks;
+    return block;
+}
+
+extern "C" void * SnmpUtilMemReAlloc(void * block, std::uint32_t bytes) noexcept
+{
+    void * const moved = MayAllocate() ? std::realloc(block, bytes) : nullptr;
+    if (moved != nullptr && block == nullptr) ++g_blocks;
+    return moved;
+}
+
+extern "C" void SnmpUtilMemFree(void * block) noexcept
+{
+    if (block != nullptr) --g_blocks;
+    std::free(block);
+}
+
+namespace {
+
+using CArcs = std::vector<std::uint32_t>;
+
+/// An OID that owns its arcs.
+class COid {
+public:
+    COid(CArcs const & arcs)
+    {
+        AsnObjectIdentifier borrowed{static_cast<std::uint32_t>(arcs.size()), const_cast<std::uint32_t *>(arcs.data())};
+        EXPECT_EQ(1, SnmpUtilOidCpy(&m_oid, &borrowed));
+    }
+    ~COid() { SnmpUtilOidFree(&m_oid); }
+    COid(COid const &) = delete;
+    COid & operator=(COid const &) = delete;
+    AsnObjectIdentifier * Get() { return &m_oid; }
+
+private:
+    AsnObjectIdentifier m_oid{0, nullptr};
+};
+
+CArcs ArcsOf(AsnObjectIdentifier const & oid)
+{
+    std::uint32_t const * const ids = oid.ids;
+    return ids != nullptr ? CArcs(ids, ids + oid.idLength) : CArcs();
+}
+
+AsnAny Stream(std::uint8_t type, char const * text, std::int32_t dynamic)
+{
+    AsnAny value{};
+    value.asnType = type;
+    value.asnValue.string.stream = reinterpret_cast<std::uint8_t *>(const_cast<char *>(text));
+    value.asnValue.string.length = static_cast<std::uint32_t>(std::strlen(text));
+    value.asnValue.string.dynamic = dynamic;
+    return value;
+}
+
+std::string TextOf(AsnAny const & value)
+{
+    std::uint8_t const * const stream = value.asnValue.string.stream;
+    return std::string(reinterpret_cast<char const *>(stream), value.asnValue.string.length);
+}
 
 struct SComparison {
     char const * name;
@@ -19,6 +106,16 @@ int Sign(int number)
 }
 
 constexpr std::uint32_t All = 0xFFFFFFFF;
+
+/// Every block of a test is freed at its end.
+class SnmpUtilTest : public testing::Test {
+protected:
+    void SetUp() override { m_before = g_blocks; }
+    void TearDown() override { EXPECT_EQ(m_before, g_blocks); }
+
+private:
+    int m_before = 0;
+};
 
 } // namespace
 
@@ -48,6 +145,14 @@ INSTANTIATE_TEST_SUITE_P(Oids, OidCompareTest,
                                          SComparison{"NothingCompared", {1}, {2}, 0, 0}),
                          [](const auto & test) { return std::string(test.param.name); });
 
+TEST_F(SnmpUtilTest, CompareTakesNullForEmpty)
+{
+    COid oid({1});
+    EXPECT_EQ(0, SnmpUtilOidCmp(nullptr, nullptr));
+    EXPECT_GT(SnmpUtilOidCmp(oid.Get(), nullptr), 0);
+    EXPECT_LT(SnmpUtilOidCmp(nullptr, oid.Get()), 0);
+}
+
 TEST_F(SnmpUtilTest, OidCopyIsDeepAndAnEmptyOneStaysEmpty)
 {
     COid source({1, 3, 6});
@@ -59,9 +164,26 @@ TEST_F(SnmpUtilTest, OidCopyIsDeepAndAnEmptyOneStaysEmpty)
     EXPECT_EQ(0u, copy.idLength);
     EXPECT_TRUE(copy.ids == nullptr);
     SnmpUtilOidFree(&copy);
-    AsnObjectIdentifier empty{0, nullptr};
+    AsnObjectIdentifier empty{5, nullptr};
     ASSERT_EQ(1, SnmpUtilOidCpy(&copy, &empty));
     EXPECT_EQ(0u, copy.idLength);
+    EXPECT_TRUE(copy.ids == nullptr);
+}
+
+TEST_F(SnmpUtilTest, OidCopyFailsForNullForTooManyArcsAndWithoutMemory)
+{
+    COid source({1, 2});
+    AsnObjectIdentifier copy{1, nullptr};
+    EXPECT_EQ(0, SnmpUtilOidCpy(nullptr, source.Get()));
+    EXPECT_EQ(0, SnmpUtilOidCpy(&copy, nullptr));
+    EXPECT_EQ(0u, copy.idLength);
+    std::uint32_t arc = 1;
+    const AsnObjectIdentifier tooLong{0x40000000, &arc}; // its bytes don't fit 32 bits
+    EXPECT_EQ(0, SnmpUtilOidCpy(&copy, &tooLong));
+    const CFaultFrom fault(0);
+    EXPECT_EQ(0, SnmpUtilOidCpy(&copy, source.Get()));
+    EXPECT_EQ(0u, copy.idLength);
+    EXPECT_TRUE(copy.ids == nullptr);
 }
 
 TEST_F(SnmpUtilTest, AppendAddsTheArcsOfTheTail)
@@ -76,6 +198,20 @@ TEST_F(SnmpUtilTest, AppendAddsTheArcsOfTheTail)
     EXPECT_EQ((CArcs{6, 1}), ArcsOf(*empty.Get()));
     EXPECT_EQ(1, SnmpUtilOidAppend(tail.Get(), tail.Get()));
     EXPECT_EQ((CArcs{6, 1, 6, 1}), ArcsOf(*tail.Get()));
+}
+
+TEST_F(SnmpUtilTest, AFailedAppendLeavesTheTargetAsItWas)
+{
+    COid target({1, 3});
+    COid tail({6});
+    EXPECT_EQ(0, SnmpUtilOidAppend(nullptr, tail.Get()));
+    EXPECT_EQ(0, SnmpUtilOidAppend(target.Get(), nullptr));
+    std::uint32_t arc = 1;
+    const AsnObjectIdentifier tooLong{0x3FFFFFFE, &arc};
+    EXPECT_EQ(0, SnmpUtilOidAppend(target.Get(), &tooLong));
+    const CFaultFrom fault(0);
+    EXPECT_EQ(0, SnmpUtilOidAppend(target.Get(), tail.Get()));
+    EXPECT_EQ((CArcs{1, 3}), ArcsOf(*target.Get()));
 }
 
 TEST_F(SnmpUtilTest, NumbersAreCopiedAsTheyAre)
@@ -127,6 +263,63 @@ TEST_F(SnmpUtilTest, FreeLeavesAStreamThatIsNotDynamic)
     EXPECT_EQ(ASN_NULL, value.asnType);
 }
 
+TEST_F(SnmpUtilTest, AFailedValueCopyGivesNull)
+{
+    const AsnAny source = Stream(ASN_OCTETSTRING, "text", /*dynamic=*/0);
+    AsnAny copy{};
+    EXPECT_EQ(0, SnmpUtilAsnAnyCpy(nullptr, &source));
+    EXPECT_EQ(0, SnmpUtilAsnAnyCpy(&copy, nullptr));
+    EXPECT_EQ(ASN_NULL, copy.asnType);
+    const CFaultFrom fault(0);
+    EXPECT_EQ(0, SnmpUtilAsnAnyCpy(&copy, &source));
+    EXPECT_EQ(ASN_NULL, copy.asnType);
+    EXPECT_TRUE(copy.asnValue.string.stream == nullptr);
+}
+
+TEST_F(SnmpUtilTest, NullIsFreedWithoutHarm)
+{
+    SnmpUtilOidFree(nullptr);
+    SnmpUtilAsnAnyFree(nullptr);
+    SnmpUtilVarBindFree(nullptr);
+    SnmpUtilVarBindListFree(nullptr);
+    SnmpUtilMemFree(nullptr);
+    EXPECT_EQ(0, SnmpUtilVarBindCpy(nullptr, nullptr));
+    EXPECT_EQ(0, SnmpUtilVarBindListCpy(nullptr, nullptr));
+}
+
+namespace {
+
+/// Three bindings at an address that only 4 bytes divide: a stream, an OID, a 64-bit number.
+class CSample {
+public:
+    CSample()
+    {
+        m_list.list = m_bindings.list;
+        m_list.len = 3;
+        for (std::uint32_t i = 0; i < 3; ++i) {
+            AsnObjectIdentifier name{3, m_arcs};
+            m_bindings.list[i].name = name;
+        }
+        m_bindings.list[0].value = Stream(ASN_OCTETSTRING, "value", 0);
+        m_bindings.list[1].value.asnType = ASN_OBJECTIDENTIFIER;
+        const AsnObjectIdentifier oid{2, m_arcs};
+        m_bindings.list[1].value.asnValue.object = oid;
+        m_bindings.list[2].value.asnType = ASN_COUNTER64;
+        m_bindings.list[2].value.asnValue.counter64.quadPart = 1ULL << 40;
+    }
+    RFC1157VarBindList const * Get() const { return &m_list; }
+
+private:
+    struct {
+        std::uint32_t shift = 0;
+        RFC1157VarBind list[3] = {};
+    } m_bindings;
+    std::uint32_t m_arcs[3] = {1, 3, 6};
+    RFC1157VarBindList m_list{nullptr, 0};
+};
+
+} // namespace
+
 TEST_F(SnmpUtilTest, ListCopyIsDeep)
 {
     const CSample sample;
@@ -151,6 +344,37 @@ TEST_F(SnmpUtilTest, AnEmptyListGivesAnEmptyList)
     EXPECT_EQ(1, SnmpUtilVarBindListCpy(&copy, &empty));
     EXPECT_EQ(0u, copy.len);
     EXPECT_EQ(0, SnmpUtilVarBindListCpy(&copy, nullptr));
+}
+
+TEST_F(SnmpUtilTest, AListCopyWithoutMemoryLeavesNothingBehind)
+{
+    const CSample sample;
+    for (unsigned n = 0;; ++n) {
+        RFC1157VarBindList copy{nullptr, 9};
+        const int blocks = g_blocks;
+        const CFaultFrom fault(n);
+        if (SnmpUtilVarBindListCpy(&copy, sample.Get()) != 0) {
+            EXPECT_EQ(6u, n); // the array, three names, a stream, an OID
+            SnmpUtilVarBindListFree(&copy);
+            break;
+        }
+        EXPECT_EQ(blocks, g_blocks) << n;
+        EXPECT_EQ(0u, copy.len);
+        EXPECT_TRUE(copy.list == nullptr);
+    }
+}
+
+TEST_F(SnmpUtilTest, ABindingCopyWithoutMemoryLeavesNothingBehind)
+{
+    const CSample sample;
+    for (unsigned n = 0; n < 2; ++n) {
+        RFC1157VarBind copy{};
+        const CFaultFrom fault(n);
+        RFC1157VarBind const * const list = sample.Get()->list;
+        EXPECT_EQ(0, SnmpUtilVarBindCpy(&copy, list)) << n;
+        EXPECT_EQ(0u, copy.name.idLength);
+        EXPECT_EQ(ASN_NULL, copy.value.asnType);
+    }
 }
 
 TEST(SnmpStructureTest, TheStructuresArePackedOnFourBytes)

@@ -8,9 +8,11 @@
 /// The SNMP utility functions, with the names and the meaning that the platform's SNMP extension interface
 /// publishes. All of them: any thread, no lock, no exception. Results of `int` are 1 for success and 0 for
 /// failure unless a comment says otherwise. Memory comes from SnmpUtilMemAlloc, which is malloc on POSIX. On Windows
-/// they are the system's own (snmpapi), which don't all say what they do about null and empty arguments.
+/// the three functions of memory are the system's own (snmpapi), so that service and extension may free what the other
+/// made; the rest is built on them, since the system doesn't say what its own do with null, Null and empty arguments.
 extern "C" {
 void * SnmpUtilMemAlloc(std::uint32_t bytes) noexcept;
+/// block: not null, since no system says what it does then. The content up to the lesser size stays.
 void * SnmpUtilMemReAlloc(void * block, std::uint32_t bytes) noexcept;
 void SnmpUtilMemFree(void * block) noexcept;
 

@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include "Platform/File.h"
 #include "Support/ChildProcess.h"
 #include "Support/Deadline.h"
 #include "Support/TempDirectory.h"
@@ -43,7 +44,29 @@ TEST(ProcessEndsTest, AnEndedProcessIsNotFound)
     EXPECT_EQ(ErrorNotFound(), OpenProcess(handle, id));
 }
 
-TEST(ProcessEndsTest, TheProcessorIsOneOfTheConfiguredOnes)
+TEST(ProcessUseTest, PrivateMemoryIsTold)
+{
+    std::uint64_t privateBytes = 0;
+    std::uint64_t workingSet = 0;
+    ASSERT_TRUE(MemoryUse(privateBytes, workingSet));
+    EXPECT_GT(privateBytes, 4096u);
+}
+
+TEST(ProcessUseTest, AnOpenFileIsOneHandle)
+{
+    std::uint32_t before = 0;
+    std::uint32_t after = 0;
+    FileHandle file = NoFile;
+    ASSERT_TRUE(HandleCount(before));
+    ASSERT_EQ(Success, OpenFile(file, "/bin/sleep", FileMode::ReadExisting));
+    ASSERT_TRUE(HandleCount(after));
+    EXPECT_EQ(before + 1, after);
+    CloseFile(file);
+    ASSERT_TRUE(HandleCount(after));
+    EXPECT_EQ(before, after);
+}
+
+TEST(ProcessUseTest, TheProcessorIsOneOfTheConfiguredOnes)
 {
     std::uint32_t processor = 0xFFFFFFFF;
     ASSERT_TRUE(CurrentProcessor(processor));

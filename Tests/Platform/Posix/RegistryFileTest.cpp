@@ -475,3 +475,10 @@ TEST_F(RegistryFileTest, ALongTextSurvives)
     EXPECT_EQ(text, Text("A", "a"));
     EXPECT_EQ(text, Text("A", "b"));
 }
+
+TEST(ExpandEnvironmentSignTest, TheSignBehindAnUnknownNameMayOpenTheNext)
+{
+    const CScopedVariable known("KXRA_TEST_A", "value");
+    const CScopedVariable unknown("KXRA_TEST_U", std::nullopt);
+    EXPECT_EQ("%KXRA_TEST_Uvalue", ExpandEnvironment("%KXRA_TEST_U%KXRA_TEST_A%"));
+}
