@@ -38,7 +38,8 @@ function(kxra_test name)
     endif()
     add_executable(${name} ${arg_SOURCES})
     kxra_target(${name})
-    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/Tests)
+    target_include_directories(
+        ${name} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/Tests ${CMAKE_SOURCE_DIR}/Tests/Support/${KXRA_SYSTEM})
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock GTest::gtest_main)
     # What is tested is optimised as the preset says; the tests themselves have to be built fast, not to be fast.
     if(NOT MSVC)

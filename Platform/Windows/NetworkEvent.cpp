@@ -106,13 +106,11 @@ void SNetworkEvent::Unbind() noexcept
 
 ErrorCode SNetworkEvent::Bind(SocketHandle socket, std::uint32_t mask) noexcept
 {
+    if (::WSAEventSelect(socket, Handle(), static_cast<long>(mask)) != 0) return LastError();
     m_mask = mask;
     m_socket.store(socket, std::memory_order_relaxed);
     g_bindings.Add(*this);
-    if (::WSAEventSelect(socket, Handle(), static_cast<long>(mask)) == 0) return Success;
-    const ErrorCode error = LastError();
-    Forget();
-    return error;
+    return Success;
 }
 
 void SNetworkEvent::Forget() noexcept

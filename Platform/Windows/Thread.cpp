@@ -44,11 +44,14 @@ constexpr auto CountFailed = static_cast<DWORD>(-1);
 
 ErrorCode SThread::Resume(std::uint32_t & previous) noexcept
 {
+    // Let go of before the thread may run: its first act may be to close this object.
+    SStart * const start = m_start.exchange(nullptr, std::memory_order_relaxed);
     const DWORD count = ::ResumeThread(Handle());
-    if (count == CountFailed) return LastError();
-    if (count == 1) m_start.store(nullptr, std::memory_order_relaxed);
-    previous = count;
-    return Success;
+    const ErrorCode error = count == CountFailed ? LastError() : Success;
+    const bool begins = count == 1;
+    if (start != nullptr && !begins) m_start.store(start, std::memory_order_relaxed);
+    if (error == Success) previous = count;
+    return error;
 }
 
 ErrorCode SThread::Suspend(std::uint32_t & previous) noexcept

@@ -1,62 +1,19 @@
 #include "Platform/Thread.h"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <atomic>
-#include <memory>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "Support/Deadline.h"
+#include "StartedThreads.h"
 
 namespace {
 
 using namespace Platform;
 
-/// A thread of ours with its body's argument.
-struct SStarted {
-    CWaitableHandle handle;
-    std::uint32_t id = 0;
-};
-
-SStarted Start(ThreadEntry entry, void * argument, bool suspended = false, std::uint32_t stackBytes = 0)
-{
-    SStarted started;
-    WaitHandle handle = nullptr;
-    EXPECT_EQ(Success, StartThread(handle, started.id, entry, argument, stackBytes, suspended));
-    started.handle.Reset(handle);
-    return started;
-}
-
-WaitResult AwaitEnd(SStarted const & thread, std::uint32_t timeoutMs = kDeadlineMs)
-{
-    return WaitForOne(thread.handle.Get(), timeoutMs, false).result;
-}
-
-std::uint32_t ExitCode(SStarted const & thread)
-{
-    std::uint32_t code = 0;
-    EXPECT_EQ(Success, ThreadExitCode(thread.handle.Get(), code));
-    return code;
-}
-
-CWaitableHandle ManualEvent()
-{
-    WaitHandle handle = nullptr;
-    EXPECT_EQ(Success, NewEvent(handle, false, /*manualReset=*/true));
-    return CWaitableHandle(handle);
-}
-
 std::uint32_t ReturnSeven(void *) noexcept
 {
     return 7;
-}
-
-std::uint32_t WaitForIt(void * event) noexcept
-{
-    return WaitForOne(static_cast<WaitHandle>(event), kDeadlineMs, false).result == WaitResult::Signaled ? 1 : 2;
 }
 
 std::uint32_t Count(void * counter) noexcept
@@ -129,31 +86,6 @@ TEST(ThreadTest, ASuspendedThreadBeginsWithItsLastResume)
     EXPECT_EQ(1, runs);
 }
 
-TEST(ThreadTest, ARunningThreadCannotBeSuspended)
-{
-    const CWaitableHandle event = ManualEvent();
-    const CWaitableHandle begun = ManualEvent();
-    struct SArgument {
-        WaitHandle begun, event;
-    } argument{begun.Get(), event.Get()};
-    const SStarted thread = Start(
-        [](void * pointer) noexcept -> std::uint32_t {
-            const auto & it = *static_cast<SArgument *>(pointer);
-            SetEvent(it.begun);
-            return WaitForIt(it.event);
-        },
-        &argument);
-    ASSERT_EQ(WaitResult::Signaled, WaitForOne(begun.Get(), kDeadlineMs, false).result);
-    std::uint32_t previous = 99;
-    EXPECT_EQ(ErrorNotSupported(), SuspendThread(thread.handle.Get(), previous));
-    EXPECT_EQ(99u, previous);
-    EXPECT_EQ(Success, ResumeThread(thread.handle.Get(), previous));
-    EXPECT_EQ(0u, previous);
-    SetEvent(event.Get());
-    EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread));
-    EXPECT_NE(Success, SuspendThread(thread.handle.Get(), previous));
-}
-
 TEST(ThreadTest, ClosingTheHandleOfAThreadThatNobodyResumedEndsItWithoutItsBody)
 {
     std::atomic<int> runs{0};
@@ -161,6 +93,7 @@ TEST(ThreadTest, ClosingTheHandleOfAThreadThatNobodyResumedEndsItWithoutItsBody)
         const SStarted thread = Start(&Count, &runs, /*suspended=*/true);
     }
     EXPECT_EQ(0, runs);
+    StartThreadsThatWineMayRefuse();
 }
 
 TEST(ThreadTest, ClosingTheHandleLeavesARunningThreadAlone)
@@ -229,9 +162,9 @@ TEST(ThreadTest, OperationsOnWhatIsNoThreadAreRefused)
     const CWaitableHandle event = ManualEvent();
     std::uint32_t value = 5;
     EXPECT_NE(Success, ResumeThread(event.Get(), value));
-    EXPECT_NE(Success, SuspendThread(nullptr, value));
+    EXPECT_NE(Success, Platform::SuspendThread(nullptr, value));
     EXPECT_NE(Success, ThreadExitCode(event.Get(), value));
-    EXPECT_NE(Success, TerminateThread(nullptr, 1));
+    EXPECT_NE(Success, Platform::TerminateThread(nullptr, 1));
     EXPECT_EQ(5u, value);
 }
 
@@ -245,6 +178,7 @@ TEST(TerminateThreadTest, AThreadThatHasNotBegunEndsWithoutItsBody)
     EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread));
     EXPECT_EQ(33u, ExitCode(thread));
     EXPECT_EQ(0, runs);
+    StartThreadsThatWineMayRefuse();
 }
 
 TEST(TerminateThreadTest, AnEndedThreadKeepsItsExitCode)
@@ -253,25 +187,6 @@ TEST(TerminateThreadTest, AnEndedThreadKeepsItsExitCode)
     ASSERT_EQ(WaitResult::Signaled, AwaitEnd(thread));
     EXPECT_EQ(Success, TerminateThread(thread.handle.Get(), 33));
     EXPECT_EQ(7u, ExitCode(thread));
-}
-
-/// What an abandoned thread of a test works with.
-struct SAbandoned {
-    CWaitableHandle begun = ManualEvent();
-    CWaitableHandle never = ManualEvent();
-    CWaitableHandle goOn = ManualEvent();
-    CWaitableHandle mutex;
-    std::atomic<bool> spin{true};
-    std::atomic<int> behindTheWait{0};
-    std::atomic<bool> ended{false};
-};
-
-/// Outlives the test, as the thread may do.
-SAbandoned * NewAbandoned()
-{
-    static std::vector<std::unique_ptr<SAbandoned>> * const all = new std::vector<std::unique_ptr<SAbandoned>>;
-    all->push_back(std::make_unique<SAbandoned>());
-    return all->back().get();
 }
 
 TEST(TerminateThreadTest, ARunningThreadCountsAsEndedAndGoesNoFurtherThanItsWait)
@@ -293,7 +208,7 @@ TEST(TerminateThreadTest, ARunningThreadCountsAsEndedAndGoesNoFurtherThanItsWait
     ASSERT_EQ(WaitResult::Signaled, WaitForOne(shared->begun.Get(), kDeadlineMs, false).result);
 
     EXPECT_EQ(Success, TerminateThread(thread.handle.Get(), 77));
-    EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread, 0));
+    EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread));
     EXPECT_EQ(77u, ExitCode(thread));
     EXPECT_EQ(WaitResult::Abandoned, WaitForOne(shared->mutex.Get(), 0, false).result);
     SetEvent(shared->never.Get());
@@ -302,30 +217,7 @@ TEST(TerminateThreadTest, ARunningThreadCountsAsEndedAndGoesNoFurtherThanItsWait
     EXPECT_EQ(77u, ExitCode(thread));
 }
 
-TEST(TerminateThreadTest, AThreadThatNeverWaitsMayEndByItselfLater)
-{
-    SAbandoned * const shared = NewAbandoned();
-    {
-        const SStarted thread = Start(
-            [](void * argument) noexcept -> std::uint32_t {
-                auto * const its = static_cast<SAbandoned *>(argument);
-                SetEvent(its->begun.Get());
-                while (its->spin) {
-                }
-                its->ended = true;
-                return 5;
-            },
-            shared);
-        ASSERT_EQ(WaitResult::Signaled, WaitForOne(shared->begun.Get(), kDeadlineMs, false).result);
-        EXPECT_EQ(Success, TerminateThread(thread.handle.Get(), 77));
-        shared->spin = false;
-        EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return shared->ended.load(); }));
-        EXPECT_EQ(77u, ExitCode(thread));
-        EXPECT_EQ(WaitResult::Signaled, AwaitEnd(thread, 0));
-    }
-}
-
-// --- Slots and names
+// --- Slots
 
 TEST(ThreadSlotTest, EachThreadHasItsOwnWord)
 {
@@ -343,32 +235,5 @@ TEST(ThreadSlotTest, EachThreadHasItsOwnWord)
     EXPECT_EQ(&mine, ThreadSlotValue(slot));
     FreeThreadSlot(slot);
 }
-
-struct SNameCase {
-    char const * name;
-    char const * given;
-    char const * expected;
-};
-
-class ThreadNameTest : public testing::TestWithParam<SNameCase> {};
-
-TEST_P(ThreadNameTest, IsCutToWhatTheSystemTakes)
-{
-    std::string seen;
-    std::thread([&] {
-        NameCurrentThread(GetParam().given);
-        char name[64] = {};
-        ::pthread_getname_np(::pthread_self(), name, sizeof name);
-        seen = name;
-    }).join();
-    EXPECT_EQ(GetParam().expected, seen);
-}
-
-INSTANTIATE_TEST_SUITE_P(Lengths, ThreadNameTest,
-                         testing::Values(SNameCase{"Short", "abc", "abc"},
-                                         SNameCase{"Fifteen", "123456789012345", "123456789012345"},
-                                         SNameCase{"Sixteen", "1234567890123456", "123456789012345"},
-                                         SNameCase{"NotThroughACharacter", "12345678901234\xC3\xA4", "12345678901234"}),
-                         [](auto const & test) { return std::string(test.param.name); });
 
 } // namespace

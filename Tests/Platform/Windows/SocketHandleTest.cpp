@@ -1,0 +1,63 @@
+#include "Platform/Socket.h"
+
+#include <gtest/gtest.h>
+
+#include "Platform/NetworkEnds.h"
+
+#include <windows.h>
+
+namespace {
+
+using namespace NetworkEnds;
+
+bool IsInherited(SocketHandle socket)
+{
+    DWORD flags = HANDLE_FLAG_INHERIT;
+    EXPECT_NE(0, ::GetHandleInformation(reinterpret_cast<HANDLE>(socket), &flags));
+    return (flags & HANDLE_FLAG_INHERIT) != 0;
+}
+
+TEST(SocketTest, ChildProcessesInheritNone)
+{
+    const SConnection connection;
+    EXPECT_FALSE(IsInherited(connection.client.socket.Get()));
+    EXPECT_FALSE(IsInherited(connection.server.socket.Get()));
+    EXPECT_FALSE(IsInherited(connection.listener.socket.Get()));
+}
+
+TEST(SocketTest, StartsOfTheLibraryAreCounted)
+{
+    EXPECT_EQ(Success, StartSockets());
+    EXPECT_EQ(Success, StartSockets());
+    StopSockets();
+    StopSockets();
+    const CSocketHandle socket = Open(SocketFamily::IPv4);
+    EXPECT_TRUE(static_cast<bool>(socket)) << "the program's own start is left";
+}
+
+TEST(NetworkEventTest, AnAcceptedSocketDoesNotSetTheListenersEvent)
+{
+    SConnection connection;
+    ASSERT_TRUE(connection.listener.IsQuiet());
+    connection.client.socket.Reset();
+    EXPECT_NE(0u, connection.server.Await(NetClose) & NetClose);
+    EXPECT_TRUE(connection.listener.IsQuiet());
+}
+
+TEST(NetworkEventTest, AnAcceptedSocketThatIsBoundToNothingSetsNoEvent)
+{
+    const SEnd listener = Listen(SocketFamily::IPv4);
+    SEnd client = StartConnect(SocketFamily::IPv4, PortOf(listener.socket.Get()));
+    ASSERT_NE(0u, listener.Await(NetAccept));
+    SocketHandle accepted = NoSocket;
+    ASSERT_EQ(Success, AcceptSocket(listener.socket.Get(), accepted));
+    const CSocketHandle owner(accepted);
+    ErrorCode error = Success;
+    char byte = 0;
+    EXPECT_EQ(-1, ReceiveSocket(accepted, &byte, 1, false, error));
+    EXPECT_EQ(ErrorWouldBlock(), error) << "it never blocks";
+    client.socket.Reset();
+    EXPECT_TRUE(listener.IsQuiet());
+}
+
+} // namespace
