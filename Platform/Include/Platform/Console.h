@@ -7,9 +7,10 @@
 /// be written is lost.
 namespace Platform {
 
-/// Makes sure that there is a console to write to. POSIX: the standard output stream. False when there is none.
+/// Makes sure that there is a console to write to. POSIX: the standard output stream; Windows: the process's console,
+/// made where it has none, behind its standard output. False when there is none.
 bool OpenConsole() noexcept;
-/// size: bytes of the system's character set.
+/// Behind a call of OpenConsole. size: bytes of the system's character set.
 void WriteConsole(char const * text, std::size_t size) noexcept;
 
 /// One line for whoever debugs this process: the debugger on Windows, the journal on POSIX (no output where no

@@ -7,7 +7,8 @@
 namespace Platform {
 
 /// Lock within one process, recursive for its owner. Not waitable together with other objects. Neither
-/// constructor nor destructor fails or blocks; destroying a held section is allowed for its owner.
+/// constructor nor destructor fails or blocks; destroying a held section is allowed for its owner, and for anyone when
+/// its owner was ended by force.
 class CCriticalSection {
 public:
     explicit CCriticalSection(std::uint32_t spinCount = 0) noexcept;

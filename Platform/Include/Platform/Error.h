@@ -27,7 +27,7 @@ void SetLastError(ErrorCode error) noexcept;
 int CrtError() noexcept;
 /// The C library's text of an errno value. Never empty.
 std::string CrtErrorText(int error);
-/// The system's text of an error; empty when it has none.
+/// The system's text of an error as it comes, on Windows with its line's end; empty when it has none.
 std::string ErrorText(ErrorCode error);
 
 /// Keeps the thread's last error over a scope that must not disturb it.

@@ -22,7 +22,8 @@ enum class FileMode : std::uint8_t {
     CreateExclusive ///< for writing; ErrorAlreadyExists when the file is there (the lock protocol relies on it)
 };
 
-/// New files are readable by their owner and the system's default for others; CreateExclusive: owner only.
+/// New files are readable by their owner and the system's default for others; CreateExclusive: owner only. Windows: who
+/// may read a file is the business of its folder, for all modes.
 ErrorCode OpenFile(FileHandle & out, std::string const & path, FileMode mode) noexcept;
 void CloseFile(FileHandle file) noexcept;
 ErrorCode FileSize(FileHandle file, std::uint64_t & out) noexcept;
@@ -34,9 +35,9 @@ std::size_t WriteFile(FileHandle file, void const * data, std::size_t size, Erro
 ErrorCode DeleteFile(std::string const & path) noexcept;
 /// Renames; an existing target is replaced in one step.
 ErrorCode MoveFile(std::string const & from, std::string const & to) noexcept;
-/// Readable and writable by the owner alone.
+/// Readable and writable by the owner alone. Windows: writable; for whom, its folder says.
 ErrorCode MakePrivate(std::string const & path) noexcept;
-/// As fopen, not inherited by child processes. Null with the reason in LastError.
+/// As fopen, but always in binary, and not inherited by child processes. Null with the reason in LastError.
 std::FILE * OpenStream(std::string const & path, char const * mode) noexcept;
 ErrorCode CurrentDirectory(std::string & out);
 

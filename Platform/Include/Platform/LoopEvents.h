@@ -3,7 +3,8 @@
 
 #include <cstdint>
 
-/// Objects of the system that a loop over descriptors can wait for.
+/// Objects of the system that a loop over descriptors can wait for. Windows: descriptors of CWakeUp are sockets, those
+/// of events and alarm clocks carry a handle.
 namespace Platform {
 
 /// Something that any thread or a signal handler sets and a loop over descriptors sees.
@@ -45,7 +46,7 @@ private:
     int m_descriptor;
 };
 
-/// Takes the signal of an event that came with EventForHost out of an extension: the eight bytes of its
+/// Takes the signal of an event that came with EventForHost out of an extension: on POSIX the eight bytes of its
 /// descriptor. Call it only for a descriptor that was reported readable.
 void TakeEventSignal(int descriptor) noexcept;
 /// Which of two descriptors are readable now; bit 0 for the first, bit 1 for the second. Doesn't wait.

@@ -7,7 +7,8 @@
 /// Requests from outside to end the process.
 namespace Platform {
 
-/// From now on a request to end (SIGTERM, SIGINT) doesn't end the process but makes StopRequested true and
+/// From now on a request to end (SIGTERM, SIGINT; on Windows Ctrl-C, Ctrl-Break, and the end of console, session or
+/// system, which gives some seconds' time) doesn't end the process but makes StopRequested true and
 /// signals `wakeUp`, which must live as long as the process.
 ErrorCode WatchStopRequests(CWakeUp const & wakeUp) noexcept;
 bool StopRequested() noexcept;

@@ -32,7 +32,8 @@ struct SNetworkEvents {
     ErrorCode errors[6];
 };
 
-/// Prepares and gives up the socket library; calls may nest. The result of StartSockets is 0 on success.
+/// Prepares and gives up the socket library, which on Windows all sockets and ResolveHost need; not while a library is
+/// being loaded. Calls may nest. The result of StartSockets is 0 on success.
 ErrorCode StartSockets() noexcept;
 void StopSockets() noexcept;
 
@@ -52,7 +53,8 @@ void CopyAddress(sockaddr_storage & out, sockaddr const & address) noexcept;
 ErrorCode OpenTcpSocket(SocketHandle & out, SocketFamily family) noexcept;
 void CloseSocket(SocketHandle socket) noexcept;
 
-/// The waitable object for a socket's network events, initially clear; auto reset by ReportNetworkEvents.
+/// The waitable object for a socket's network events, initially clear; auto reset by ReportNetworkEvents, on Windows
+/// by a wait as well. It may fire with nothing to report.
 ErrorCode NewNetworkEvent(WaitHandle & out) noexcept;
 /// Forgets what was recorded, and the binding. The object must not be bound to an open socket of another use.
 ErrorCode ResetNetworkEvent(WaitHandle event) noexcept;
@@ -61,8 +63,8 @@ ErrorCode SelectNetworkEvents(SocketHandle socket, WaitHandle event, std::uint32
 /// Reports and clears the recorded events. As on every system here: readable is recorded once when data
 /// arrives and again after a Receive that leaves data behind; writable once after connecting and again after
 /// a Send that would have blocked or took a part only; closed once, and not before the data in front of it has been
-/// received (with NetRead in the mask). A failed connect gives NetConnect with its error and nothing more. Fails for
-/// a socket that isn't bound to this event.
+/// received (with NetRead in the mask; without it Windows may hold the close back for good). A failed connect gives
+/// NetConnect with its error and nothing more. Fails for a socket that isn't bound to this event.
 ErrorCode ReportNetworkEvents(SocketHandle socket, WaitHandle event, SNetworkEvents & out) noexcept;
 
 /// Starts connecting. ErrorWouldBlock when it goes on in the background; NetConnect reports its end.
@@ -84,7 +86,7 @@ ErrorCode PeerAddress(SocketHandle socket, sockaddr_storage & out) noexcept;
 ErrorCode LocalAddress(SocketHandle socket, sockaddr_storage & out) noexcept;
 
 struct SResolveResult {
-    ErrorCode error;   ///< 0 on success; on POSIX the number of getaddrinfo
+    ErrorCode error;   ///< 0 on success; the number of getaddrinfo
     bool hostNotFound; ///< the name is unknown
 };
 /// Adds the addresses for TCP of a host name (null: the local addresses) and a decimal port. May throw

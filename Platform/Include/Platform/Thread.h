@@ -23,16 +23,17 @@ ErrorCode StartThread(WaitHandle & out, std::uint32_t & id, ThreadEntry entry, v
                       std::uint32_t stackBytes, bool suspended) noexcept;
 
 /// Lowers the suspend count by one. previous: the count before.
-/// POSIX: only the suspension of a thread that was created suspended can be lifted.
+/// Windows: of any thread. POSIX: only the suspension of a thread that was created suspended can be lifted.
 ErrorCode ResumeThread(WaitHandle thread, std::uint32_t & previous) noexcept;
-/// POSIX: raises the count of a thread that has not begun yet; for one that runs ErrorNotSupported, since
+/// Raises the count. POSIX: of a thread that has not begun yet; for one that runs ErrorNotSupported, since
 /// stopping a thread at an arbitrary place can leave the process locked for good.
 ErrorCode SuspendThread(WaitHandle thread, std::uint32_t & previous) noexcept;
 
 /// StillActive while it runs, then the body's result.
 ErrorCode ThreadExitCode(WaitHandle thread, std::uint32_t & exitCode) noexcept;
 
-/// Ends a thread by force. Windows: TerminateThread. POSIX: no thread can be ended from outside without the
+/// Ends a thread by force. Windows: TerminateThread; its end shows a moment later, its mutexes count as abandoned, and
+/// a critical section that it holds stays held. POSIX: no thread can be ended from outside without the
 /// danger of a corrupt process, so the thread is abandoned: for everyone who looks at its handle it has ended
 /// with `exitCode`, mutexes that it owns count as abandoned, it never becomes anyone's again, and the module
 /// that holds its body is pinned in memory, so that code which may still run is never unmapped. Where it next comes

@@ -11,7 +11,8 @@
 /// Every waitable object (event, mutex, semaphore, thread end, a socket's network events) owns one system
 /// handle. A wait names one or many of them, has a deadline on the monotonic clock, reports the lowest
 /// signalled index, and can be woken from another thread (WakeThread) so that the waiter looks at its
-/// interrupt flags. Any thread may use any object, except that a mutex is released by its owner. What a thread did
+/// interrupt flags. Windows: wakeable waits are alertable ones; what others queued to the thread runs in them and ends
+/// none. Any thread may use any object, except that a mutex is released by its owner. What a thread did
 /// before it signalled or released an object, or ended, is visible to the waiter that this lets go on. No wait takes
 /// memory.
 namespace Platform {
@@ -36,8 +37,8 @@ ErrorCode NewSemaphore(WaitHandle & out, std::uint32_t initial, std::uint32_t ma
 /// mutex may be closed while it is owned, also at the moment in which its owner ends.
 void CloseWaitable(WaitHandle handle) noexcept;
 
-/// An auto-reset event lets one wait go on. Settings that no wait has taken yet are one, also while several threads
-/// wait for the event: a setting isn't handed to a certain thread.
+/// An auto-reset event lets one wait go on. Settings that no wait has taken yet are one, on POSIX also while several
+/// threads wait for the event: there a setting isn't handed to a certain thread.
 ErrorCode SetEvent(WaitHandle event) noexcept;
 ErrorCode ResetEvent(WaitHandle event) noexcept;
 /// Fails when the caller isn't the owner.
@@ -88,10 +89,11 @@ void CloseWaker(WakerHandle waker) noexcept;
 void WakeThread(WakerHandle waker) noexcept;
 
 /// What the host of an extension gets for an event: on POSIX its descriptor, which is never 0, carried in
-/// the pointer. Null for null. The event stays the owner.
+/// the pointer; on Windows its handle. Null for null. The event stays the owner.
 void * EventForHost(WaitHandle event) noexcept;
-/// Takes over a handle of the system that was made elsewhere (an eventfd on POSIX) as an auto-reset event.
-/// On failure the handle stays the caller's.
+/// Takes over a handle of the system that was made elsewhere (an eventfd on POSIX, an event on Windows) as an
+/// auto-reset event; on Windows one that was made for manual reset stays such. On failure the handle stays the
+/// caller's.
 ErrorCode AdoptEvent(WaitHandle & out, void * systemHandle) noexcept;
 
 struct SWaitTraits {
