@@ -7,6 +7,7 @@
 
 #include "Platform/SnmpUtil.h"
 #include "Tests/Agent/Support/AgentUnderTest.h"
+#include "Tests/Support/MatchesPattern.h"
 
 namespace {
 
@@ -50,8 +51,7 @@ TEST_F(GroupsTest, TheAgentsOwnGroupComesFromTheVersionBlock)
     EXPECT_EQ("1.1.4.0", shown[3].oid);
     EXPECT_EQ("kxrAgentBuild", shown[3].name);
     EXPECT_EQ(4u, shown[3].type);
-    EXPECT_THAT(shown[3].value,
-                testing::MatchesRegex("Build: [A-Z][a-z][a-z] [ 123][0-9] [0-9]+, [0-9]+:[0-9]+:[0-9]+"));
+    EXPECT_THAT(shown[3].value, MatchesPattern("Build: [A-Z][a-z][a-z] [ 123][0-9] [0-9]+, [0-9]+:[0-9]+:[0-9]+"));
 }
 
 TEST_F(GroupsTest, OnlyTheBuildIsShownWithoutAVersionBlock)

@@ -7,13 +7,27 @@ namespace {
 
 constexpr char Probe[] = KXRA_VERSION_PROBE;
 
+/// As units of 16 bits; text: Latin-1.
+std::string Wide(std::string const & text)
+{
+    std::string bytes;
+    for (const char c : text)
+        bytes += {c, '\0'};
+    return bytes;
+}
+
 class VersionInfoTest : public CQueryTest {
 protected:
-    /// A copy of the library whose text `from` reads `to`, which has the same length.
-    std::string Patched(std::string const & from, std::string const & to)
+    /// A copy of the library whose text `from` reads `to`, which has the same length. A section of a file holds texts
+    /// in bytes, a resource in units of 16 bits.
+    std::string Patched(std::string from, std::string to)
     {
         std::ifstream file(Probe, std::ios::binary);
         std::string bytes{std::istreambuf_iterator<char>(file), {}};
+        if (bytes.find(from) == std::string::npos) {
+            from = Wide(from);
+            to = Wide(to);
+        }
         const std::size_t at = bytes.find(from);
         EXPECT_NE(std::string::npos, at);
         EXPECT_EQ(from.size(), to.size());
@@ -169,6 +183,7 @@ TEST_F(VersionInfoTest, AMissingFileOfTheSystemIsLookedForInTheOtherDirectory)
 {
     m_host.systemDirectory = m_directory.File("sys");
     m_host.otherDirectory = m_directory.File("other");
+    std::filesystem::create_directory(m_host.systemDirectory);
     std::filesystem::create_directory(m_host.otherDirectory);
     std::filesystem::copy_file(Probe, m_host.otherDirectory + "/a.so");
     const std::string path = m_host.systemDirectory + "/a.so";
@@ -186,9 +201,12 @@ TEST_F(VersionInfoTest, AMissingFileOfTheSystemIsLookedForInTheOtherDirectory)
 
 TEST_F(VersionInfoTest, TheOtherPathIsCutAtTheLengthOfTheSystemDirectoryWhereverThatStands)
 {
-    m_host.systemDirectory = "/sys";
+    const std::string folder = m_directory.File("sys");
+    std::filesystem::create_directory(folder);
+    const std::string path = folder + "/none.so";
+    m_host.systemDirectory = folder.substr(folder.size() - 4);
     m_host.otherDirectory = "/other";
-    EXPECT_EQ(0u, CFileVersionInfo::GetSize("/at/sys/none.so"));
-    EXPECT_EQ((SLine{3, "\nCFileVersionInfo    : Check WOW64 system path: \"/othersys/none.so\""}),
+    EXPECT_EQ(0u, CFileVersionInfo::GetSize(path.c_str()));
+    EXPECT_EQ((SLine{3, "\nCFileVersionInfo    : Check WOW64 system path: \"/other" + path.substr(4) + "\""}),
               Fake::TraceLines()[2]);
 }

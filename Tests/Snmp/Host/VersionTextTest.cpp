@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Platform/Text.h"
+
 namespace {
 
 struct SCleaning {
@@ -27,14 +29,11 @@ INSTANTIATE_TEST_SUITE_P(
                     SCleaning{"CarriageReturnStays", "a\rz", "a\rz"},
                     SCleaning{"TabIsAControlCharacter", "a\tz", "a?z"},
                     SCleaning{"Code169Stays", "\xA9 Norvane", "\xA9 Norvane"},
-                    SCleaning{"Code174Stays", "x\xAE", "x\xAE"}, SCleaning{"Code128Goes", "x\x80y", "x?y"},
-                    SCleaning{"Code255Stays", "x\xFF", "x\xFF"}, SCleaning{"Code254Goes", "x\xFE", "x?"},
-                    SCleaning{"CopyrightInUtf8", "© Norvane", "© Norvane"},
-                    SCleaning{"Umlauts", "Größe äÖÜ", "Größe äÖÜ"}, SCleaning{"ThreeBytes", "5 €", "5 €"},
-                    SCleaning{"FourBytes", "𝄞", "𝄞"}, SCleaning{"SeveralGo", "\x01\x02\x03", "???"}),
+                    SCleaning{"Code174Stays", "x\xAE", "x\xAE"}, SCleaning{"Code255Stays", "x\xFF", "x\xFF"},
+                    SCleaning{"SeveralGo", "\x01\x02\x03", "???"}),
     [](const auto & test) { return std::string(test.param.name); });
 
-TEST(CleanVersionTextTableTest, TheListedBytesStayAndOtherHighBytesGo)
+TEST(CleanVersionTextTableTest, TheListedBytesStayAndOthersWhenTheSystemCallsThemText)
 {
     const std::string kept = "\n\r\x8B\x8C\x9B\x9C\x9F\xA9\xAB\xAE\xB2\xB3\xBB\xC0\xC1\xC2\xC4\xC6\xC7\xC8\xC9\xCA\xCB"
                              "\xCE\xCF\xD4\xD6\xD9\xDB\xDC\xDF\xE0\xE1\xE2\xE4\xE6\xE7\xE8\xE9\xEA\xEB\xEE\xEF\xF4\xF6"
@@ -42,7 +41,9 @@ TEST(CleanVersionTextTableTest, TheListedBytesStayAndOtherHighBytesGo)
     ASSERT_EQ(49u, kept.size());
     for (int code = 1; code < 256; ++code) {
         std::string text(1, static_cast<char>(code));
-        const bool stays = kept.find(text) != std::string::npos || (code >= 0x20 && code < 0x7F);
+        const bool isControl = code < 0x20 || code == 0x7F;
+        const bool stays = kept.find(text) != std::string::npos ||
+                           (!isControl && Platform::IsPrintOrSpaceOrLegal(static_cast<std::uint32_t>(code)));
         EXPECT_EQ(!stays, CleanVersionText(text, '?')) << code;
     }
 }
