@@ -62,6 +62,12 @@ protected:
     bool RebuildPhysicalDeviceInfoGroup();
     void RebuildPhysicalDeviceTable();
 
+    /// Adds an outbound and an inbound rule for the SNMP service to the firewall's service hardening, so that the
+    /// agent inside it reaches the core service. Always adds, without a look for rules of an earlier start. What
+    /// fails is traced and keeps nobody from anything; the first failure leaves out what would follow, so that
+    /// the outbound rule may stand alone. Waits some seconds once both are added.
+    void ManageWSH();
+
     /// Holds a trap back until the delayed start is over. Poll thread only.
     void QueueTrap(ORBA_EVENTINFO const & trap);
     /// Hands a trap with its eight variables to the frame. Poll thread only. Raises std::bad_alloc.
@@ -98,11 +104,6 @@ private:
     static std::uint32_t Thread_PollHandler(void * agent) noexcept;
     static void StartAnew();
     static void ReadConfiguration();
-    /// Adds an outbound and an inbound rule for the SNMP service to the firewall's service hardening, so that the
-    /// agent inside it reaches the core service. Always adds, without a look for rules of an earlier start. What
-    /// fails is traced and keeps nobody from anything; the first failure leaves out what would follow, so that
-    /// the outbound rule may stand alone. Waits some seconds once both are added.
-    void ManageWSH();
     bool BuildAndStart();
 
     template <class TEntry>

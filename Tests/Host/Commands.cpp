@@ -57,6 +57,11 @@ TValue Word(std::istringstream & words, char const * what)
 
 } // namespace
 
+CCommands::~CCommands()
+{
+    if (m_library && m_library->trapEvent != nullptr) m_library->close();
+}
+
 std::string CCommands::Do(std::string const & line)
 try {
     static std::map<std::string, void (CCommands::*)(Words &)> const commands{

@@ -24,6 +24,12 @@
 ///   handles                 "ok COUNT": how many handles of the system the process has
 class CCommands {
 public:
+    CCommands() = default;
+    /// Closes a library that is started still.
+    ~CCommands();
+    CCommands(CCommands const &) = delete;
+    CCommands & operator=(CCommands const &) = delete;
+
     /// Does what the line says; the answer, each line of it with its end.
     std::string Do(std::string const & line);
 

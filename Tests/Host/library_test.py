@@ -76,6 +76,10 @@ class LibraryTest(CoreUser, SnmpTest):
         self.assertEqual(1, host.init().result)
         self.assertEqual([2], [trap.specific for trap in host.traps(1)])
 
+    def stop_library(self, host):
+        host.ask("close")
+        host.ask("unload")
+
     def wait_for_estate(self, host):
         last = REGION + (1, 6, 3, 1, 8)
         self.assertTrue(holds_within(lambda: host.get_next(last).names[0][:len(last)] == last), "no estate arrives")
@@ -124,9 +128,10 @@ class LifeTest(LibraryTest):
         host.ask("close")
         self.assertFalse(host.waits_for_traps(0), "the second close does nothing")
 
-    def test_it_can_be_unloaded_without_a_close(self):
+    def test_unloaded_without_a_close_it_ends_its_threads_in_time_or_kills_them(self):
         host = self.connect(FAST)
-        host.ask("unload")
+        # Where a thread needs the system's leave to end, which the unloading keeps, the library waits its 30 s in vain.
+        host.ask("unload", seconds=60)
         self.assertFalse(host.is_loaded(FAST))
 
     def test_a_host_that_ends_with_the_library_loaded_ends_in_order(self):
@@ -139,8 +144,7 @@ class LifeTest(LibraryTest):
         handles = []
         for _ in range(4):
             self.wait_for_estate(host)
-            host.ask("close")
-            host.ask("unload")
+            self.stop_library(host)
             self.assertFalse(host.is_loaded(FAST))
             handles.append(host.handles())
             self.start_library(host, FAST)
@@ -289,7 +293,7 @@ class TrapTest(LibraryTest):
             self.tell(self.core, "event 5")
             later = host.traps(1)[0].time
             self.assertLess((later - now) % 2**32, 6000)
-        host.ask("unload")
+        self.stop_library(host)
         host.load(FAST)
         host.init(now)
         self.assertLess(host.traps(1)[0].time, 6000, "less than a minute since the first of them")
@@ -343,7 +347,7 @@ class ConfigurationTest(LibraryTest):
                 self.configure(core.port)
                 system.write_registry(registry_text(PRODUCT_KEY, Path=path))
                 self.start_library(host, FAST)
-                host.ask("unload")
+                self.stop_library(host)
 
     def port_in_trace(self, host, name, keys, ini=None):
         if ini is not None:
@@ -376,7 +380,7 @@ class ConfigurationTest(LibraryTest):
         self.configure(free_port(socket.SOCK_STREAM), self.trace_to("trace", 2))
         host.load(FAST)
         host.init()
-        host.ask("unload")
+        self.stop_library(host)
         lines = self.trace("trace")
         self.assertTrue(any(line.startswith("----- Application [KXRA_MIB] started at ") for line in lines), lines)
         self.assertIn("CKestrixRAIDAgent(): c'tor...", lines)
@@ -384,13 +388,17 @@ class ConfigurationTest(LibraryTest):
         self.assertFalse(any("DllMain" in line for line in lines), "that is of a deeper level")
         self.assertTrue(lines[-1].startswith("----- Application [KXRA_MIB] closed at "), lines[-1])
 
-    def test_the_firewall_is_spoken_to_where_there_is_one_whose_refusal_is_traced(self):
-        host = self.start_host()
-        self.configure(free_port(socket.SOCK_STREAM), self.trace_to("trace", 2))
-        host.load(FAST)
-        host.ask("unload")
-        lines = [line for line in self.trace("trace") if "Hardening" in line or "ManageWSH" in line]
-        self.assertEqual(system.firewall_lines, lines)
+    def test_the_firewall_is_spoken_to_from_version_6_2_on_where_there_is_one_and_its_refusal_traced(self):
+        for version, expected in system.firewall_lines.items():
+            with self.subTest(version):
+                system.set_version(version)
+                self.configure(free_port(socket.SOCK_STREAM), self.trace_to("trace-" + str(version), 2))
+                host = self.start_host()
+                host.load(FAST)
+                host.ask("unload")
+                self.end_host()
+                lines = [line for line in self.trace("trace-" + str(version)) if "Hardening" in line or "ManageWSH" in line]
+                self.assertEqual(expected, lines)
 
     def test_without_a_level_there_is_no_trace(self):
         host = self.start_host()

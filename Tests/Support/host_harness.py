@@ -15,7 +15,6 @@ from snmp_harness import DEADLINE, dotted, holds_within
 
 GET, NEXT = "get", "next"
 INTEGER, OCTETS, NULL, OID, ADDRESS, COUNTER, GAUGE, TICKS = 0x02, 0x04, 0x05, 0x06, 0x40, 0x41, 0x42, 0x43
-REGISTRY_HEAD = "Windows Registry Editor Version 5.00\n\n"
 
 
 def registry_text(key, **values):
@@ -32,6 +31,11 @@ def registry_text(key, **values):
     return "\n".join(lines) + "\n\n"
 
 
+def registry_file(text):
+    """As the registry editor writes it: it takes the octets of texts in other files for another character set."""
+    return ("\uFEFFWindows Registry Editor Version 5.00\n\n" + text).replace("\n", "\r\n").encode("utf-16-le")
+
+
 class OtherText:
     """A text of another kind than the plain one: 2 expandable, 7 a list of texts, here of one."""
 
@@ -43,7 +47,8 @@ class OtherText:
 class PosixSystem:
     """The library and its host are programs of this system."""
 
-    firewall_lines = []
+    # For each version that the system can be set to, what the constructor traces about the firewall: there is none.
+    firewall_lines = {None: []}
 
     def start(self):
         self.directory = tempfile.mkdtemp(prefix="kxra-")
@@ -72,8 +77,11 @@ class PosixSystem:
 
     def write_registry(self, text):
         """The content of the registry, as far as the product reads it."""
-        with open(self.registry, "w") as stream:
-            stream.write(REGISTRY_HEAD + text)
+        with open(self.registry, "wb") as stream:
+            stream.write(registry_file(text))
+
+    def set_version(self, version):
+        """Sets the version that the system tells programs that start from now on."""
 
     def install_service(self, name):
         """Makes a service known; what takes it away again."""
@@ -87,9 +95,10 @@ class WineSystem:
     """They are programs of Windows under Wine, in a prefix that begins and ends with the run."""
 
     KEYS = "SOFTWARE\\Norvane", "SOFTWARE\\Debug"
-    # Wine has no service restriction; a firewall that has one takes both rules instead.
-    firewall_lines = ["CKestrixRAIDAgent(): Manage Windows Service Hardening",
-                      "ManageWSH: get_ServiceRestriction failed: 0x80004001"]
+    # Wine refuses the service restriction; a host that has one adds two rules instead.
+    REFUSED = ["CKestrixRAIDAgent(): Manage Windows Service Hardening",
+               "ManageWSH: get_ServiceRestriction failed: 0x80004001"]
+    firewall_lines = {"win7": [], "win8": REFUSED, "win10": REFUSED}
 
     def __init__(self, emulator):
         self.emulator = emulator
@@ -97,12 +106,12 @@ class WineSystem:
     def start(self):
         self.prefix = tempfile.mkdtemp(prefix="kxra-wine-")
         self.run("wineboot", "--init", seconds=300)
+        self.wineserver("-w")  # what sets the prefix up goes on behind the call, and takes services away again
         self.system_directory = os.path.join(self.prefix, "drive_c/windows")
 
     def end(self):
-        # The server of this prefix; others have servers of their own.
-        subprocess.run(["wineserver", "-k"], env=dict(os.environ, WINEPREFIX=self.prefix), check=False)
-        subprocess.run(["wineserver", "-w"], env=dict(os.environ, WINEPREFIX=self.prefix), check=False, timeout=60)
+        self.wineserver("-k")
+        self.wineserver("-w")
         shutil.rmtree(self.prefix, ignore_errors=True)
 
     def command(self, program):
@@ -119,14 +128,21 @@ class WineSystem:
 
     def write_registry(self, text):
         keys = "".join(f"[-HKEY_LOCAL_MACHINE\\{key}]\n\n" for key in self.KEYS)
-        with tempfile.NamedTemporaryFile("w", suffix=".reg", dir=self.prefix) as stream:
-            stream.write(REGISTRY_HEAD + keys + text)
+        with tempfile.NamedTemporaryFile(suffix=".reg", dir=self.prefix) as stream:
+            stream.write(registry_file(keys + text))
             stream.flush()
             self.run("regedit", "/S", self.path(stream.name))
+
+    def set_version(self, version):
+        self.run("winecfg", "-v", version)
 
     def install_service(self, name):
         self.run("sc", "create", name, "binPath=", "C:\\windows\\system32\\no.exe")
         return lambda: self.run("sc", "delete", name)
+
+    def wineserver(self, option):
+        """Ends what runs in this prefix (-k), or waits for its end (-w). Other prefixes have servers of their own."""
+        subprocess.run(["wineserver", option], env=dict(os.environ, **self.environment()), check=False, timeout=120)
 
     def run(self, *arguments, seconds=120):
         subprocess.run([self.emulator, *arguments], env=dict(os.environ, **self.environment()), stdin=subprocess.DEVNULL,

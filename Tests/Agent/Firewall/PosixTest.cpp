@@ -29,7 +29,8 @@ protected:
 TEST_F(PosixTest, TheAgentLeavesTheHardeningOut)
 {
     ASSERT_FALSE(HasManagedFirewall());
-    EXPECT_EQ(std::vector<std::string>{}, TracedByAnAgent());
+    SNMP::CKestrixRAIDAgent const agent;
+    EXPECT_EQ(std::vector<std::string>{}, Traced());
 }
 
 TEST_F(PosixTest, EveryOperationSaysThatThereIsNoFirewall)

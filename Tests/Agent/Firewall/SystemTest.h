@@ -9,7 +9,7 @@
 #include "Agent/Src/ORBA_MIB.h"
 #include "Tests/Fake/Debug.h"
 
-/// An agent with the firewall of the host that runs the test.
+/// Agents with the firewall of the host that runs the test.
 class CFirewallSystemTest : public testing::Test {
 protected:
     CFirewallSystemTest()
@@ -23,10 +23,9 @@ protected:
         Fake::ClearTrace();
     }
 
-    /// Makes an agent; what its constructor traces about the hardening.
-    static std::vector<std::string> TracedByAnAgent()
+    /// What was traced about the hardening.
+    static std::vector<std::string> Traced()
     {
-        SNMP::CKestrixRAIDAgent const agent;
         std::vector<std::string> texts;
         for (Fake::STraceLine const & line : Fake::TraceLines())
             if (line.text.find("ManageWSH") != std::string::npos || line.text.find("Hardening") != std::string::npos)

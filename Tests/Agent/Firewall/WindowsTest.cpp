@@ -15,8 +15,7 @@ namespace {
 
 using namespace Platform;
 
-std::vector<std::string> const kRefused{"\nCKestrixRAIDAgent(): Manage Windows Service Hardening",
-                                        "\nManageWSH: get_ServiceRestriction failed: 0x80004001"};
+std::vector<std::string> const kRefused{"\nManageWSH: get_ServiceRestriction failed: 0x80004001"};
 
 bool RunsUnderWine()
 {
@@ -32,15 +31,29 @@ std::optional<APTTYPE> Apartment()
     return type;
 }
 
+/// An agent that manages the hardening when it is told to. Its constructor may have done it before, which depends on
+/// the version that Wine is set to.
+class CManagingAgent : public SNMP::CKestrixRAIDAgent {
+public:
+    CManagingAgent() { Fake::ClearTrace(); }
+    using CKestrixRAIDAgent::ManageWSH;
+};
+
 class WindowsTest : public CFirewallSystemTest {
 protected:
+    /// What an agent traces when it manages the hardening.
+    static std::vector<std::string> TracedByAnAgent()
+    {
+        CManagingAgent().ManageWSH();
+        return Traced();
+    }
     void SetUp() override
     {
         if (!RunsUnderWine()) GTEST_SKIP() << "it would add firewall rules to this host for good";
     }
 };
 
-TEST_F(WindowsTest, WineRefusesTheServiceRestrictionAndTheAgentSaysSoAndIsMade)
+TEST_F(WindowsTest, WineRefusesTheServiceRestrictionAndTheAgentSaysSoAndGoesOn)
 {
     ASSERT_TRUE(HasManagedFirewall());
     EXPECT_EQ(kRefused, TracedByAnAgent());
