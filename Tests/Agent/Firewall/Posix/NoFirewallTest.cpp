@@ -2,7 +2,7 @@
 
 #include "Platform/Firewall.h"
 #include "Platform/Host.h"
-#include "SystemTest.h"
+#include "Tests/Agent/Firewall/SystemTest.h"
 
 namespace Platform {
 
@@ -18,7 +18,7 @@ namespace {
 
 using namespace Platform;
 
-class PosixTest : public CFirewallSystemTest {
+class NoFirewallTest : public CFirewallSystemTest {
 protected:
     SFirewallPolicy policy;
     SFirewallRestriction restriction;
@@ -26,14 +26,14 @@ protected:
     SFirewallRule rule;
 };
 
-TEST_F(PosixTest, TheAgentLeavesTheHardeningOut)
+TEST_F(NoFirewallTest, TheAgentLeavesTheHardeningOut)
 {
     ASSERT_FALSE(HasManagedFirewall());
     SNMP::CKestrixRAIDAgent const agent;
     EXPECT_EQ(std::vector<std::string>{}, Traced());
 }
 
-TEST_F(PosixTest, EveryOperationSaysThatThereIsNoFirewall)
+TEST_F(NoFirewallTest, EveryOperationSaysThatThereIsNoFirewall)
 {
     EXPECT_EQ(kNoFirewall, EnterFirewall());
     EXPECT_EQ(kNoFirewall, PutRuleText(rule, RuleText::Name, nullptr));
@@ -42,7 +42,7 @@ TEST_F(PosixTest, EveryOperationSaysThatThereIsNoFirewall)
     EXPECT_FALSE(Succeeded(kNoFirewall));
 }
 
-TEST_F(PosixTest, NothingIsHandedOut)
+TEST_F(NoFirewallTest, NothingIsHandedOut)
 {
     SFirewallPolicy * policyOut = &policy;
     EXPECT_EQ(kNoFirewall, OpenFirewallPolicy(policyOut));

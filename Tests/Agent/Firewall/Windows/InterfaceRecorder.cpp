@@ -3,13 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <windows.h>
+#include "Platform/Native/SockAddr.h" // the system's interface without its second names for ours
 
 #include <netfw.h>
 #include <objbase.h>
 #include <oleauto.h>
 
-#include "Recorder.h"
+#include "Tests/Agent/Firewall/Recorder.h"
 
 namespace {
 

@@ -3,24 +3,19 @@
 
 #include <optional>
 
-#include <windows.h>
+#include "Native/Wine.h"
 
 #include <objbase.h>
 
 #include "Platform/Firewall.h"
 #include "Platform/Host.h"
-#include "SystemTest.h"
+#include "Tests/Agent/Firewall/SystemTest.h"
 
 namespace {
 
 using namespace Platform;
 
 std::vector<std::string> const kRefused{"\nManageWSH: get_ServiceRestriction failed: 0x80004001"};
-
-bool RunsUnderWine()
-{
-    return ::GetProcAddress(::GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
-}
 
 /// How the calling thread is prepared for component calls; nothing if it isn't.
 std::optional<APTTYPE> Apartment()
@@ -39,7 +34,7 @@ public:
     using CKestrixRAIDAgent::ManageWSH;
 };
 
-class WindowsTest : public CFirewallSystemTest {
+class WineFirewallTest : public CFirewallSystemTest {
 protected:
     /// What an agent traces when it manages the hardening.
     static std::vector<std::string> TracedByAnAgent()
@@ -53,20 +48,20 @@ protected:
     }
 };
 
-TEST_F(WindowsTest, WineRefusesTheServiceRestrictionAndTheAgentSaysSoAndGoesOn)
+TEST_F(WineFirewallTest, WineRefusesTheServiceRestrictionAndTheAgentSaysSoAndGoesOn)
 {
     ASSERT_TRUE(HasManagedFirewall());
     EXPECT_EQ(kRefused, TracedByAnAgent());
 }
 
-TEST_F(WindowsTest, AThreadThatWasNotPreparedIsLeftAsItWas)
+TEST_F(WineFirewallTest, AThreadThatWasNotPreparedIsLeftAsItWas)
 {
     ASSERT_EQ(std::nullopt, Apartment());
     EXPECT_EQ(kRefused, TracedByAnAgent());
     EXPECT_EQ(std::nullopt, Apartment());
 }
 
-TEST_F(WindowsTest, AThreadThatIsPreparedInTheSameWayStaysSo)
+TEST_F(WineFirewallTest, AThreadThatIsPreparedInTheSameWayStaysSo)
 {
     ASSERT_EQ(S_OK, ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     EXPECT_EQ(kRefused, TracedByAnAgent());
@@ -75,7 +70,7 @@ TEST_F(WindowsTest, AThreadThatIsPreparedInTheSameWayStaysSo)
     EXPECT_EQ(std::nullopt, Apartment()) << "no preparation is left over";
 }
 
-TEST_F(WindowsTest, AThreadThatIsPreparedInTheOtherWayGetsChangedModeGoesOnAndStaysSo)
+TEST_F(WineFirewallTest, AThreadThatIsPreparedInTheOtherWayGetsChangedModeGoesOnAndStaysSo)
 {
     ASSERT_EQ(S_OK, ::CoInitializeEx(nullptr, COINIT_MULTITHREADED));
     EXPECT_EQ(0x80010106u, EnterFirewall());
@@ -85,7 +80,7 @@ TEST_F(WindowsTest, AThreadThatIsPreparedInTheOtherWayGetsChangedModeGoesOnAndSt
     EXPECT_EQ(std::nullopt, Apartment());
 }
 
-TEST_F(WindowsTest, WineHasTheClassOfTheRuleAndTakesEveryPropertyThoughItCanNotShowThatItKeepsThem)
+TEST_F(WineFirewallTest, WineHasTheClassOfTheRuleAndTakesEveryPropertyThoughItCanNotShowThatItKeepsThem)
 {
     ASSERT_EQ(0u, EnterFirewall());
     SFirewallRule * made = nullptr;
@@ -104,7 +99,7 @@ TEST_F(WindowsTest, WineHasTheClassOfTheRuleAndTakesEveryPropertyThoughItCanNotS
     LeaveFirewall();
 }
 
-TEST_F(WindowsTest, WithoutAPreparedThreadTheClassesAreRefused)
+TEST_F(WineFirewallTest, WithoutAPreparedThreadTheClassesAreRefused)
 {
     SFirewallPolicy * policy = nullptr;
     EXPECT_EQ(0x800401F0u, OpenFirewallPolicy(policy));
