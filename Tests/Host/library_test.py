@@ -278,6 +278,20 @@ class TrapTest(LibraryTest):
         self.check(second, 5, None, b"hello")
         self.check(third, 4711, None)
 
+    def test_a_loss_and_the_connection_behind_it_are_told_with_this_hosts_name(self):
+        host = self.connect(FAST)
+        self.tell(self.core, "drop")
+        loss, again = host.traps(2)
+        self.assertIn(loss.specific, (3, 4))
+        self.check(loss, loss.specific, None)
+        self.check(again, 2, None)
+
+    def test_the_end_is_told_with_this_hosts_name(self):
+        host = self.connect(FAST)
+        host.ask("close")
+        trap, = host.traps(1)
+        self.check(trap, 3, None)
+
     def test_many_events_at_once_are_as_many_traps_in_order_for_few_signals(self):
         host = self.connect()
         numbers = list(range(100000, 100500))
