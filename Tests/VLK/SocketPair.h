@@ -10,6 +10,7 @@
 
 #include "Foundation.h"
 #include "Platform/Socket.h"
+#include "Support/StartedSockets.h"
 #include "VLK/Socket.h"
 #include "VLK/SocketAddr.h"
 #include "VLK/SocketListener.h"
