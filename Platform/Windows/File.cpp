@@ -189,7 +189,7 @@ Platform::ErrorCode Platform::CurrentDirectory(std::string & out)
 {
     std::string path(MAX_PATH, '\0');
     while (::_getcwd(path.data(), static_cast<int>(path.size())) == nullptr) {
-        if (errno != ERANGE) return LastError();
+        if (errno != ERANGE) return ERROR_NOT_ENOUGH_MEMORY; // what else the C library can mean
         path.resize(path.size() * 2);
     }
     out.assign(path.c_str());
