@@ -60,22 +60,24 @@ MibEntry::~MibEntry()
     SnmpUtilVarBindFree(&varbind);
 }
 
-void MibEntry::SetBinding(RFC1157VarBind const & source) noexcept
+bool MibEntry::SetBinding(RFC1157VarBind const & source) noexcept
 {
     // The copy comes first: the source may be the binding itself, or made of parts of it.
     RFC1157VarBind copy{};
     copy.value.asnType = ASN_NULL;
-    SnmpUtilVarBindCpy(&copy, &source);
+    if (SnmpUtilVarBindCpy(&copy, &source) == 0) return false;
     SnmpUtilVarBindFree(&varbind);
     varbind = copy;
+    return true;
 }
 
-void MibEntry::SetOid(AsnObjectIdentifier const & oid) noexcept
+void MibEntry::SetValue(AsnAny const & source) noexcept
 {
-    AsnObjectIdentifier copy{};
-    SnmpUtilOidCpy(&copy, &oid);
-    SnmpUtilOidFree(&varbind.name);
-    varbind.name = copy;
+    AsnAny copy{};
+    copy.asnType = ASN_NULL;
+    SnmpUtilAsnAnyCpy(&copy, &source);
+    SnmpUtilAsnAnyFree(&varbind.value);
+    varbind.value = copy;
 }
 
 void MibEntry::BorrowContext(void * pointer) noexcept

@@ -112,10 +112,10 @@ struct MibEntry {
 
     bool IsReadWrite() const noexcept { return (access & 0xFFu) == static_cast<std::uint32_t>(MibAccess::ReadWrite); }
 
-    /// Replaces the binding by a deep copy of `source`.
-    void SetBinding(RFC1157VarBind const & source) noexcept;
-    /// Replaces the binding's name by a copy of `oid`; the value stays.
-    void SetOid(AsnObjectIdentifier const & oid) noexcept;
+    /// Replaces the binding by a deep copy of `source`. False: out of memory, and the binding is as it was.
+    bool SetBinding(RFC1157VarBind const & source) noexcept;
+    /// Replaces the binding's value by a deep copy of `source`; by Null where that finds no memory.
+    void SetValue(AsnAny const & source) noexcept;
     /// Replaces the context by a borrowed pointer; an owned one is freed.
     void BorrowContext(void * pointer) noexcept;
     /// Replaces the context by an owned copy of `bytes` bytes; an owned one is freed. False: out of memory, and

@@ -191,6 +191,6 @@ std::uint32_t CMibTree::CommitSet(MibEntry & entry, RFC1157VarBind & binding)
         if (CDebug::Enabled()) CDebug::Trace(4, "\nCSnmpMibTree (SET)  :   SetFunc() callback found, execute it...");
         status = CallBack(entry.SetFunc, entry, binding, MibMode::Set);
     }
-    if (status == kNoError) entry.SetBinding(binding);
+    if (status == kNoError && !entry.SetBinding(binding)) status = SNMP_ERRORSTATUS_GENERR;
     return status;
 }

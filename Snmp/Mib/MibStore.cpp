@@ -486,10 +486,7 @@ MibEntry & CMibStore::PutObject(SOidView key)
         FreeBlock(cell);
         throw;
     }
-    RFC1157VarBind binding{};
-    binding.name = key.Oid();
-    binding.value = old->Value();
-    cell->object->entry.SetBinding(binding);
+    cell->object->entry.SetValue(old->Value());
     place.leaf->keys[place.slot] = cell;
     FreeCell(old);
     return cell->object->entry;
@@ -535,14 +532,9 @@ void CMibStore::KeepContext(MibEntry & entry)
     Retire(keeper);
 }
 
-void CMibStore::BorrowContext(MibEntry & entry, void * pointer)
+void CMibStore::ExchangeContext(MibEntry & entry, MibEntry & source)
 {
     KeepContext(entry);
-    entry.BorrowContext(pointer);
-}
-
-void CMibStore::OwnContext(MibEntry & entry, void const * source, std::size_t bytes)
-{
-    KeepContext(entry);
-    entry.OwnContext(source, bytes);
+    std::swap(entry.context, source.context);
+    std::swap(entry.contextSize, source.contextSize);
 }

@@ -91,9 +91,8 @@ public:
     private:
         CMibStore & m_store;
     };
-    /// Gives `entry` a borrowed context, or an owned copy of `bytes` bytes. The old one is kept as told above.
-    void BorrowContext(MibEntry & entry, void * pointer);
-    void OwnContext(MibEntry & entry, void const * source, std::size_t bytes);
+    /// Gives `entry` the context of `source`, which gets the old one unless that is kept as told above.
+    void ExchangeContext(MibEntry & entry, MibEntry & source);
 
 private:
     friend struct SMibStoreAudit; // the tests' look at the structure

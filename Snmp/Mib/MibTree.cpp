@@ -2,7 +2,10 @@
 
 #include <array>
 #include <cstring>
+#include <new>
+#include <utility>
 
+#include "Platform/SnmpUtil.h"
 #include "Snmp/Host/Debug.h"
 #include "Snmp/Mib/MibTreeLock.h"
 #include "Snmp/Mib/OidText.h"
@@ -71,6 +74,12 @@ struct CMibTree::SCallbacks {
         entry.GetSetFunc = getSetFunc;
         entry.CheckGetFunc = checkGetFunc;
     }
+};
+
+/// What the callbacks of an object get.
+struct CMibTree::SContext {
+    void const * data = nullptr;
+    std::size_t bytes = 0; ///< 0: borrowed; else to be copied
 };
 
 /// The rows' indexes, as an insert gets them.
@@ -148,9 +157,8 @@ void CMibTree::InsertConstant(EKind kind, char const * name, SOidView key, AsnAn
 void CMibTree::StoreConstant(char const * name, SOidView key, AsnAny const & value, std::uint32_t access)
 {
     if (m_objects.PutConstant(key, name, value)) return;
-    MibEntry & entry = StoreVariable(key, name, {}, access);
-    m_objects.BorrowContext(entry, nullptr);
-    entry.SetBinding({entry.varbind.name, value}); // `key` may have been a part of the entry
+    MibEntry & entry = StoreVariable(key, name, {}, access, {});
+    entry.SetValue(value);
 }
 
 void CMibTree::InsertText(EKind kind, char const * name, SOidView key, char const * value, std::uint32_t type,
@@ -293,8 +301,7 @@ void CMibTree::MibInsertVarStringIndexOid(char const * oid, char const * name, s
         CDebug::Trace(1, "\n## Var table entry:   %-30s - Oid=%s", Printable(name), OidToStr(text, &key));
     }
     const CLock lock(m_treeLock);
-    MibEntry & entry = StoreVariable(column.Key(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
-    m_objects.BorrowContext(entry, nullptr);
+    StoreVariable(column.Key(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access, {});
 }
 
 void CMibTree::MibInsertVarTableOid(char const * oid, char const * name, std::uint32_t type, MibCallback getFunc,
@@ -314,8 +321,7 @@ void CMibTree::MibInsertVarTableOid(char const * oid, char const * name, std::ui
     CColumn column(*this, oid, {index1, index2, index3, index4, index5});
     TraceCell(name, column.Key().Oid(), access);
     const CLock lock(m_treeLock);
-    MibEntry & entry = StoreVariable(column.Key(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
-    m_objects.BorrowContext(entry, context);
+    StoreVariable(column.Key(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access, {context});
 }
 
 void CMibTree::MibInsertOidWithStringContext(char const * oid, char const * name, std::uint32_t /*type*/,
@@ -331,12 +337,8 @@ void CMibTree::MibInsertOidWithStringContext(char const * oid, char const * name
                       Printable(context));
     }
     const CLock lock(m_treeLock);
-    MibEntry & entry = StoreVariable(column.Key(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access);
-    if (context != nullptr) {
-        m_objects.OwnContext(entry, context, std::strlen(context) + 1);
-    } else {
-        m_objects.BorrowContext(entry, nullptr);
-    }
+    StoreVariable(column.Key(), name, {getFunc, setFunc, getSetFunc, checkGetFunc}, access,
+                  {context, context != nullptr ? std::strlen(context) + 1 : 0});
 }
 
 void CMibTree::MibInsertVarTableOidEx(char const * oid, char const * name, std::uint32_t type,
@@ -372,9 +374,7 @@ void CMibTree::MibInsertEntry(RFC1157VarBind const * varbind, char const * name,
         StoreConstant(name, SOidView(varbind->name), varbind->value, access);
         return;
     }
-    MibEntry & entry = StoreVariable(SOidView(varbind->name), name, callbacks, access);
-    m_objects.BorrowContext(entry, context);
-    entry.SetBinding(*varbind);
+    StoreVariable(SOidView(varbind->name), name, callbacks, access, {context}).SetValue(varbind->value);
 }
 
 void CMibTree::MibInsertEntryEx(AsnObjectIdentifier const * oid, char const * name, MibCallback callback,
@@ -382,21 +382,36 @@ void CMibTree::MibInsertEntryEx(AsnObjectIdentifier const * oid, char const * na
 {
     if (oid == nullptr) return;
     const CLock lock(m_treeLock);
-    MibEntry & entry = m_objects.PutObject(SOidView(*oid));
-    if (name != nullptr) entry.name = name;
-    entry.SetOid(*oid);
+    MibEntry & entry = PutEntry(SOidView(*oid), name, {context});
     entry.access = access & 0xFFu;
     entry.type = type;
     entry.GetSetChecksetFuncEx = callback;
-    m_objects.BorrowContext(entry, context);
 }
 
-/// Under the lock. The context is left to the caller.
-MibEntry & CMibTree::StoreVariable(SOidView key, char const * name, SCallbacks const & callbacks, std::uint32_t access)
+/// Under the lock: the object of this key, with its OID, a name unless that is null, and its context. All that may
+/// find no memory comes before the first change.
+MibEntry & CMibTree::PutEntry(SOidView key, char const * name, SContext const & context)
 {
+    MibEntry made;
+    const AsnObjectIdentifier oid = key.Oid();
+    SnmpUtilOidCpy(&made.varbind.name, &oid);
+    if (made.varbind.name.idLength != key.length) throw std::bad_alloc();
+    if (name != nullptr) made.name = name;
+    made.BorrowContext(const_cast<void *>(context.data));
+    if (context.bytes != 0 && !made.OwnContext(context.data, context.bytes)) throw std::bad_alloc();
+
     MibEntry & entry = m_objects.PutObject(key);
-    if (name != nullptr) entry.name = name;
-    entry.SetOid(key.Oid());
+    m_objects.ExchangeContext(entry, made); // raises for an object that was there alone: a new one has nothing to keep
+    std::swap(entry.varbind.name, made.varbind.name);
+    if (name != nullptr) entry.name.swap(made.name);
+    return entry;
+}
+
+/// Under the lock.
+MibEntry & CMibTree::StoreVariable(SOidView key, char const * name, SCallbacks const & callbacks, std::uint32_t access,
+                                   SContext const & context)
+{
+    MibEntry & entry = PutEntry(key, name, context);
     entry.access = access & 0xFFu;
     callbacks.StoreIn(entry);
     return entry;

@@ -174,6 +174,7 @@ private:
     class CLock;
     class CColumn;
     struct SCallbacks;
+    struct SContext;
     struct SIndexes;
     enum class EKind : std::uint8_t;
 
@@ -183,7 +184,9 @@ private:
     void InsertNumber(EKind kind, char const * name, SOidView key, std::uint32_t value, std::uint32_t type,
                       std::uint32_t access);
     void StoreConstant(char const * name, SOidView key, AsnAny const & value, std::uint32_t access);
-    MibEntry & StoreVariable(SOidView key, char const * name, SCallbacks const & callbacks, std::uint32_t access);
+    MibEntry & PutEntry(SOidView key, char const * name, SContext const & context);
+    MibEntry & StoreVariable(SOidView key, char const * name, SCallbacks const & callbacks, std::uint32_t access,
+                             SContext const & context);
     std::uint32_t CallBack(MibCallback const & callback, MibEntry & entry, RFC1157VarBind & binding, MibMode mode);
     std::uint32_t EvaluateGet(MibEntry const & stored, RFC1157VarBind & binding);
     std::uint32_t CheckSet(MibEntry & entry, RFC1157VarBind & binding);
