@@ -15,6 +15,15 @@ constinit CThreadNumber g_state;
 const bool g_made = g_state.Make();
 std::atomic<bool> g_bFired{false};
 
+/// The C++ runtime takes memory for a thread at its first exception, and can't go on without.
+void ThrowOnce()
+{
+    try {
+        throw 0;
+    } catch (int) {
+    }
+}
+
 bool Fails() noexcept
 {
     const std::uintptr_t state = g_state.Get();
@@ -32,6 +41,7 @@ bool Fails() noexcept
 
 CFailingMemory::CFailingMemory(unsigned int first, EFailures failures) noexcept
 {
+    ThrowOnce();
     g_bFired = false;
     g_state.Set(std::uintptr_t{first} << 1 | (failures == FailAll ? 1 : 0));
 }

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "SocketErrors.h"
 #include "SocketPair.h"
 #include "VLK/Waiter.h"
 
@@ -118,17 +119,17 @@ TEST_F(SocketListenerTest, ListensOnceAtATimeAndAgainAfterStopping)
 
 TEST_F(SocketListenerTest, AFailedStartLeavesItReadyForAnother)
 {
-    CSocketListener first;
-    ASSERT_EQ(URET_OK, first.StartListen(LoopbackAddress(0)));
-    CSocketListener second;
+    static const unsigned char foreign[4] = {192, 0, 2, 1};
+    sockaddr_storage address;
+    Platform::FillAddress(address, Platform::SocketFamily::IPv4, 0, foreign);
+    CSocketListener listener;
     Exceptions::CErrorLog log;
-    EXPECT_EQ(Errors::SocketFunction,
-              RaisedBy([&] { second.StartListen(LoopbackAddress(LocalPort(first.GetSocket()))); }, log));
+    EXPECT_EQ(Errors::SocketFunction, RaisedBy([&] { listener.StartListen(CSocketAddr(address)); }, log));
     Exceptions::NATIVE_ERROR native{};
     log.GetError(native);
-    EXPECT_EQ(std::uint32_t{EADDRINUSE}, native.value);
-    EXPECT_EQ(Errors::NoAddress, RaisedBy([&] { second.StartListen(CSocketAddr()); }));
-    EXPECT_EQ(URET_OK, second.StartListen(LoopbackAddress(0)));
+    EXPECT_EQ(kForeignAddress, native.value);
+    EXPECT_EQ(Errors::NoAddress, RaisedBy([&] { listener.StartListen(CSocketAddr()); }));
+    EXPECT_EQ(URET_OK, listener.StartListen(LoopbackAddress(0)));
 }
 
 TEST_F(SocketListenerTest, AStartThatFailsHasForgottenWhatWasReportedBefore)

@@ -19,6 +19,9 @@
 
 using Bytes = std::vector<unsigned char>;
 
+/// A program prepares the socket library before it uses the foundation's sockets.
+inline const bool g_socketsStarted = Platform::StartSockets() == Platform::Success;
+
 inline VLK::Sockets::CSocketAddr LoopbackAddress(std::uint16_t port, bool ipv6 = false)
 {
     static const unsigned char ip4[4] = {127, 0, 0, 1};

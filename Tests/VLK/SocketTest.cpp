@@ -8,7 +8,9 @@
 #include <thread>
 #include <vector>
 
+#include "SocketErrors.h"
 #include "SocketPair.h"
+#include "Support/Wine.h"
 #include "VLK/Waiter.h"
 
 using namespace VLK;
@@ -118,12 +120,12 @@ TEST_P(CheckBlockingTest, JudgesACall)
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CheckBlockingTest,
-                         testing::Values(SBlocking{"Success", 0, ECONNRESET, URET_OK},
-                                         SBlocking{"Bytes", 17, EAGAIN, URET_OK},
-                                         SBlocking{"OtherNegative", -2, ECONNRESET, URET_OK},
-                                         SBlocking{"WouldBlock", -1, EAGAIN, URET_WouldBlock},
+                         testing::Values(SBlocking{"Success", 0, kReset, URET_OK},
+                                         SBlocking{"Bytes", 17, kWouldBlock, URET_OK},
+                                         SBlocking{"OtherNegative", -2, kReset, URET_OK},
+                                         SBlocking{"WouldBlock", -1, kWouldBlock, URET_WouldBlock},
                                          SBlocking{"NoError", -1, 0, URET_OK},
-                                         SBlocking{"Failure", -1, ECONNRESET, URET_Error}),
+                                         SBlocking{"Failure", -1, kReset, URET_Error}),
                          [](auto const & test) { return std::string(test.param.name); });
 
 // --- Connecting
@@ -180,7 +182,7 @@ TEST_F(SocketTest, ARefusedConnectHandsTheSystemsErrorOnAndLeavesItReusable)
 {
     CSocket socket;
     CSocketAddr closed = LoopbackAddress(ClosedPort());
-    EXPECT_EQ((SRaised{Errors::SocketFunction, ECONNREFUSED}), Raised([&] { socket.Connect(closed); }));
+    EXPECT_EQ((SRaised{Errors::SocketFunction, kRefused}), Raised([&] { socket.Connect(closed); }));
     EXPECT_EQ(~0ull, socket.GetSocket());
     EXPECT_TRUE(socket.IsClosed());
     CSocketListener listener;
@@ -208,7 +210,7 @@ TEST_F(SocketTest, ConnectLocalRaisesOnlyWhenAllNamesFail)
 {
     CSocket socket;
     const unsigned int port = ClosedPort();
-    EXPECT_EQ((SRaised{Errors::SocketFunction, ECONNREFUSED}), Raised([&] { socket.ConnectLocal(port); }));
+    EXPECT_EQ((SRaised{Errors::SocketFunction, kRefused}), Raised([&] { socket.ConnectLocal(port); }));
     EXPECT_TRUE(socket.IsClosed());
 }
 
@@ -244,7 +246,7 @@ TEST_F(SocketTest, AFailedStartConnectStaysAsTheLastErrorUntilTheNext)
     CSocket socket;
     ASSERT_EQ(URET_OK, socket.StartConnect(closed));
     EXPECT_EQ(URET_OK, socket.Wait(kDeadlineMs));
-    const SRaised refused{Errors::SocketFunction, ECONNREFUSED};
+    const SRaised refused{Errors::SocketFunction, kRefused};
     char byte = 0;
     EXPECT_EQ(refused, Raised([&] { socket.Read(&byte, 1, nullptr, RM_Normal); }));
     EXPECT_EQ(refused, Raised([&] { socket.Write(&byte, 1, nullptr); }));
@@ -309,9 +311,9 @@ TEST_F(SocketTest, AttachTellsWhereTheSocketCameFrom)
 TEST_F(SocketTest, AttachOfWhatIsNoSocketRaises)
 {
     CSocket socket;
-    EXPECT_EQ((SRaised{Errors::SocketFunction, EBADF}), Raised([&] { socket.Attach(0x7FFFFFF0); }));
+    EXPECT_EQ((SRaised{Errors::SocketFunction, kNoSocket}), Raised([&] { socket.Attach(0x7FFFFFF0); }));
     char byte = 0;
-    EXPECT_EQ((SRaised{Errors::SocketFunction, EBADF}), Raised([&] { socket.Write(&byte, 1, nullptr); }));
+    EXPECT_EQ((SRaised{Errors::SocketFunction, kNoSocket}), Raised([&] { socket.Write(&byte, 1, nullptr); }));
 }
 
 // --- Reading
@@ -405,12 +407,13 @@ TEST_F(SocketTest, TheEndInsideAReadWithoutACountRaises)
     EXPECT_EQ(Errors::SocketClosedByPeer, RaisedBy([&] { pair.client.Read(data, 2, nullptr, RM_Normal); }));
 }
 
-TEST_F(SocketTest, AResetIsTheSocketsOwnError)
+TEST_F(SocketTest, AResetIsTheSocketsOwnErrorAsWineCannotShow)
 {
+    SKIP_UNDER_WINE("it takes the error away from the connection when it reports the event");
     SSocketPair pair;
     CloseByReset(pair.server);
     char byte = 0;
-    EXPECT_EQ((SRaised{Errors::SocketFunction, ECONNRESET}),
+    EXPECT_EQ((SRaised{Errors::SocketFunction, kReset}),
               Raised([&] { pair.client.Read(&byte, 1, nullptr, RM_Normal); }));
 }
 
@@ -457,6 +460,7 @@ TEST_F(SocketTest, TheTimeoutSpansTheWholeOperation)
 TEST_F(SocketTest, WaitTellsATimeoutAndWithoutArgumentRaisesIt)
 {
     SSocketPair pair;
+    HoldsWithin(kDeadline, [&] { return pair.client.Wait(50) == URET_Timeout; }); // "writable" may come by itself
     EXPECT_EQ(URET_Timeout, pair.client.Wait(0));
     EXPECT_EQ(URET_Timeout, pair.client.Wait(5));
     pair.client.SetTimeout(5);
@@ -525,7 +529,7 @@ TEST_F(SocketTest, AWriteIntoAConnectionThatIsGoneRaises)
     ASSERT_EQ(URET_OK, pair.client.Wait(kDeadlineMs));
     char byte = 0;
     EXPECT_EQ(Errors::SocketFunction, RaisedBy([&] { pair.client.Write(&byte, 1, nullptr); }));
-    EXPECT_EQ((SRaised{Errors::SocketFunction, EPIPE}), Raised([&] { pair.client.Write(&byte, 1, nullptr); }));
+    EXPECT_EQ((SRaised{Errors::SocketFunction, kGone}), Raised([&] { pair.client.Write(&byte, 1, nullptr); }));
 }
 
 // --- Waiting beside other objects, interrupts

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "StreamPeer.h"
+#include "Support/Wine.h"
 #include "VLK/Waiter.h"
 
 using namespace VLK;
@@ -396,8 +397,9 @@ TEST_F(StreamSocketTest, AConnectionClosedInsideAFrameRaises)
     EXPECT_EQ(Errors::SocketClosedByPeer, RaisedBy([&] { it.client >> value; }));
 }
 
-TEST_F(StreamSocketTest, AResetIsTheSocketsError)
+TEST_F(StreamSocketTest, AResetIsTheSocketsErrorAsWineCannotShow)
 {
+    SKIP_UNDER_WINE("it takes the error away from the connection when it reports the event");
     SClientWithPeer it(Bytes{});
     CloseByReset(it.Peer());
     int value = 0;

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <cstdio>
 #include <future>
 #include <memory>
@@ -591,38 +590,52 @@ TEST_F(ThreadPoolTest, TheEndOfThePoolWaitsForRunningJobsAndDropsQueuedOnes)
 
 namespace {
 
-constexpr int Unlimited = -1;
-std::atomic<int> g_nFurtherEvents{Unlimited};
+/// What the platform has no more of.
+enum class Missing { Nothing, Events, Threads };
+std::atomic<Missing> g_missing{Missing::Nothing};
 
-/// Lets the process make so many further events, for a scope.
-class CEventLimit {
+/// Takes a means away from the process, for a scope.
+class CShortage {
 public:
-    explicit CEventLimit(int further) { g_nFurtherEvents = further; }
-    ~CEventLimit() { g_nFurtherEvents = Unlimited; }
-    CEventLimit(CEventLimit const &) = delete;
-    CEventLimit & operator=(CEventLimit const &) = delete;
+    explicit CShortage(Missing means) { g_missing = means; }
+    ~CShortage() { g_missing = Missing::Nothing; }
+    CShortage(CShortage const &) = delete;
+    CShortage & operator=(CShortage const &) = delete;
 };
 
-struct SEvents {
+struct SShortage {
     char const * name;
-    int further;
+    Missing means;
     std::uint32_t raised;
 };
 
 } // namespace
 
-class ThreadPoolWithoutMeansTest : public ThreadPoolTest, public testing::WithParamInterface<SEvents> {};
+class ThreadPoolWithoutMeansTest : public ThreadPoolTest, public testing::WithParamInterface<SShortage> {};
 
-// The linker puts this in the place of the system's eventfd.
-extern "C" int __real_eventfd(unsigned int count, int flags);
-extern "C" int __wrap_eventfd(unsigned int count, int flags)
+// The linker puts these in the place of the platform's functions.
+#define REAL(name) __real_##name
+#define WRAP(name) __wrap_##name
+#define NEW_EVENT(kind) kind(_ZN8Platform8NewEventERPNS_9SWaitableEbb)
+#define START_THREAD(kind) kind(_ZN8Platform11StartThreadERPNS_9SWaitableERjPDoFjPvES4_jb)
+
+extern "C" {
+
+Platform::ErrorCode NEW_EVENT(REAL)(Platform::WaitHandle & out, bool initialState, bool manualReset) noexcept;
+Platform::ErrorCode NEW_EVENT(WRAP)(Platform::WaitHandle & out, bool initialState, bool manualReset) noexcept
 {
-    if (g_nFurtherEvents == 0) {
-        errno = EMFILE;
-        return -1;
-    }
-    if (g_nFurtherEvents != Unlimited) --g_nFurtherEvents;
-    return __real_eventfd(count, flags);
+    if (g_missing == Missing::Events) return Platform::ErrorNotSupported();
+    return NEW_EVENT(REAL)(out, initialState, manualReset);
+}
+
+Platform::ErrorCode START_THREAD(REAL)(Platform::WaitHandle & out, std::uint32_t & id, Platform::ThreadEntry entry,
+                                       void * argument, std::uint32_t stackBytes, bool suspended) noexcept;
+Platform::ErrorCode START_THREAD(WRAP)(Platform::WaitHandle & out, std::uint32_t & id, Platform::ThreadEntry entry,
+                                       void * argument, std::uint32_t stackBytes, bool suspended) noexcept
+{
+    if (g_missing == Missing::Threads) return Platform::ErrorNotSupported();
+    return START_THREAD(REAL)(out, id, entry, argument, stackBytes, suspended);
+}
 }
 
 TEST_P(ThreadPoolWithoutMeansTest, AJobThatFindsNoThreadIsNotTaken)
@@ -630,7 +643,7 @@ TEST_P(ThreadPoolWithoutMeansTest, AJobThatFindsNoThreadIsNotTaken)
     const auto alive = std::make_shared<int>(0);
     m_Pool.Init(0, 0, Forever);
     {
-        CEventLimit const limit(GetParam().further);
+        CShortage const shortage(GetParam().means);
         EXPECT_EQ(GetParam().raised, RaisedBy([&] { m_Pool.Enqueue(DelegateOf([alive] { ++*alive; })); }));
     }
     EXPECT_EQ((SState{0, 0, 0, 0, 0, 0}), m_Pool.State());
@@ -639,9 +652,9 @@ TEST_P(ThreadPoolWithoutMeansTest, AJobThatFindsNoThreadIsNotTaken)
     RunAsJob(m_Pool, [] {});
 }
 
-INSTANTIATE_TEST_SUITE_P(Events, ThreadPoolWithoutMeansTest,
-                         testing::Values(SEvents{"NoneForTheWakeUp", 0, Errors::SyncCreate},
-                                         SEvents{"NoneForTheThread", 1, Errors::ThreadStart}),
+INSTANTIATE_TEST_SUITE_P(Shortages, ThreadPoolWithoutMeansTest,
+                         testing::Values(SShortage{"NoEventForTheWakeUp", Missing::Events, Errors::SyncCreate},
+                                         SShortage{"NoThread", Missing::Threads, Errors::ThreadStart}),
                          [](const auto & test) { return std::string(test.param.name); });
 
 namespace {
@@ -721,7 +734,7 @@ TEST_F(ThreadPoolTest, AWaitableCallWithoutAnEventRaisesAndIsNull)
     Delegates_and_Calls::TDelegate<Delegates_and_Calls::CWaitableCall> call;
     const auto alive = std::make_shared<int>(0);
     {
-        CEventLimit const limit(0);
+        CShortage const shortage(Missing::Events);
         EXPECT_EQ(Errors::SyncCreate, RaisedBy([&] {
                       call = Delegates_and_Calls::TDelegate<Delegates_and_Calls::CWaitableCall>([alive] { ++*alive; });
                   }));
@@ -734,7 +747,7 @@ TEST_F(ThreadPoolTest, AWaitableCallWithoutAnEventRaisesAndIsNull)
 TEST_F(ThreadPoolTest, InitThatFailsLeavesThePoolClosed)
 {
     {
-        CEventLimit const limit(0);
+        CShortage const shortage(Missing::Events);
         EXPECT_EQ(Errors::SyncCreate, RaisedBy([&] { m_Pool.Init(0, 0, 0); }));
     }
     EXPECT_TRUE(m_Pool.IsClosed());
@@ -753,7 +766,7 @@ TEST_F(ThreadPoolTest, AQueuedJobThatFindsNoThreadAfterAnExceptionWaitsForTheNex
     done.Init(false, false);
     m_Pool.Enqueue(DelegateOf([&] { done.Set(); }));
     {
-        CEventLimit const limit(0);
+        CShortage const shortage(Missing::Events);
         m_Held.LetAllGo();
         ExpectState(m_Pool, {1, 0, 0, 1, 1, 1});
     }

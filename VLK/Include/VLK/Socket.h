@@ -16,6 +16,9 @@
 /// A socket never blocks by itself: what waits, waits on the socket's event through the calling thread, so every wait
 /// can be broken by an interrupt of the thread and can stand beside other objects in a CWaiter.
 ///
+/// The program prepares the system's socket library once before it uses any (WSAStartup on Windows, for which there is
+/// Platform::StartSockets; the agent does so for itself).
+///
 /// Threads  no lock: one thread at a time. Only its wait handle may meanwhile lie in another thread's waiter.
 /// Results  URET_OK, URET_Timeout, URET_WouldBlock, URET_Closed as stated; URET_Error for a swallowed exception.
 /// Errors   failures of the system are SocketFunction with the system's error; interrupts of the thread come through

@@ -1,0 +1,6 @@
+#include "Support/Wine.h"
+
+bool RunsUnderWine()
+{
+    return false;
+}
