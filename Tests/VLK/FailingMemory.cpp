@@ -15,12 +15,16 @@ constinit CThreadNumber g_state;
 const bool g_made = g_state.Make();
 std::atomic<bool> g_bFired{false};
 
-/// The C++ runtime takes memory for a thread at its first exception, and can't go on without.
-void ThrowOnce()
+/// The C++ runtime takes memory at a thread's first exception and at the first one that finds none, and can't go on
+/// without. Where it is a part of the program, that memory is taken before it is needed.
+void PrepareExceptions()
 {
-    try {
-        throw 0;
-    } catch (int) {
+    for (std::uintptr_t const failOne : {0, 2}) {
+        g_state.Set(failOne);
+        try {
+            throw 0;
+        } catch (int) {
+        }
     }
 }
 
@@ -41,7 +45,7 @@ bool Fails() noexcept
 
 CFailingMemory::CFailingMemory(unsigned int first, EFailures failures) noexcept
 {
-    ThrowOnce();
+    PrepareExceptions();
     g_bFired = false;
     g_state.Set(std::uintptr_t{first} << 1 | (failures == FailAll ? 1 : 0));
 }
