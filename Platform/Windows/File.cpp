@@ -34,11 +34,44 @@ HANDLE SystemHandle(Platform::FileHandle file) noexcept
     return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(file));
 }
 
+/// Whoever deletes or renames a file holds it for a moment in a way that shuts out others: how often, a millisecond
+/// apart, an open that met this is tried again before it is believed.
+constexpr int TriesPerOpen = 50;
+
+bool IsPassing(DWORD error) noexcept
+{
+    return error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
+}
+
+bool Exists(char const * path) noexcept
+{
+    return ::GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES || IsPassing(::GetLastError());
+}
+
+/// CreateFile, which has its own name for "is there already" only where it can look at what is there.
+HANDLE Create(char const * path, SHow const & how) noexcept
+{
+    for (int tries = 1;; ++tries) {
+        const HANDLE opened = ::CreateFileA(path, how.access, how.sharing, /*not inherited*/ nullptr, how.disposition,
+                                            FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (opened != INVALID_HANDLE_VALUE || !IsPassing(::GetLastError())) return opened;
+        const DWORD error = ::GetLastError();
+        if (how.disposition == CREATE_NEW && Exists(path)) {
+            ::SetLastError(ERROR_FILE_EXISTS);
+            return opened;
+        }
+        if (error == ERROR_ACCESS_DENIED || tries == TriesPerOpen) {
+            ::SetLastError(error);
+            return opened;
+        }
+        ::Sleep(1);
+    }
+}
+
 /// A handle to a file that is no directory (the system refuses those itself) and no pipe.
 Platform::ErrorCode OpenHandle(Platform::CSystemHandle & out, char const * path, SHow const & how) noexcept
 {
-    const HANDLE opened = ::CreateFileA(path, how.access, how.sharing, /*not inherited*/ nullptr, how.disposition,
-                                        FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE opened = Create(path, how);
     if (opened == INVALID_HANDLE_VALUE) return PathError();
     out.Reset(opened);
     if (::GetFileType(opened) != FILE_TYPE_PIPE) return Platform::Success;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 
 #include "Foundation.h"
@@ -124,9 +125,10 @@ TEST_F(ErrorLogPrintTest, ANativeErrorOfTheSystemIsNamedWithItsText)
     SRaise raise;
     raise.native = OsError(error);
     Record(raise, m_Log);
-    const std::string number = std::to_string(error);
+    char number[32];
+    std::snprintf(number, sizeof number, "%u (0x%X)", error, error);
     EXPECT_EQ(Head() + "\nModule  : " + At(g_uRaiseLine) + "\nN-Error : OS::" + number +
-                  " (0xD)\nMessage : " + Platform::ErrorText(error) + "\n",
+                  "\nMessage : " + Platform::ErrorText(error) + "\n",
               Printed("%s", m_Log));
 }
 

@@ -24,10 +24,12 @@ constexpr TResult Nothing{};
 class EventHandlerFaultTest : public CFoundationTest {};
 
 /// Runs the operation on a new handler with each of its locks failing in turn, until none of them is left to fail.
-/// `check` gets the handler after each failure. Returns how many locks there were.
+/// `check` gets the handler after each failure. Returns how many of the locks raised: those that the system's condition
+/// takes within itself may fail unseen, and then the operation ends as ever.
 template <class TPrepare, class TOperation, class TCheck>
 unsigned int SweepLocks(TPrepare const & prepare, TOperation const & operation, TCheck const & check)
 {
+    unsigned int raisedLocks = 0;
     for (unsigned int n = 1; n < 100; ++n) {
         SCOPED_TRACE("lock " + std::to_string(n));
         CEventHandler handler;
@@ -46,8 +48,9 @@ unsigned int SweepLocks(TPrepare const & prepare, TOperation const & operation, 
             raised = true;
             EXPECT_EQ(std::errc::resource_unavailable_try_again, error.code());
         }
-        EXPECT_EQ(fired, raised);
-        if (!fired) return n - 1;
+        EXPECT_TRUE(fired || !raised);
+        if (!fired) return raisedLocks;
+        if (raised) ++raisedLocks;
         check(handler);
     }
     ADD_FAILURE() << "no end of locks";

@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "Foundation.h"
+#include "Support/TempDirectory.h"
 #include "VLK/Application.h"
 #include "VLK/FormatStream.h"
 
@@ -54,21 +53,13 @@ std::string FileOf(std::vector<SLanguage> const & languages, std::uint32_t magic
 
 class LanguageTest : public CFoundationTest {
 protected:
-    LanguageTest() : m_Directory(boost::filesystem::temp_directory_path() / boost::filesystem::unique_path())
-    {
-        boost::filesystem::create_directory(m_Directory);
-        Misc::pVlkApp->SetNlsSearchPath(("/nowhere;;" + m_Directory.string()).c_str());
-    }
+    LanguageTest() { Misc::pVlkApp->SetNlsSearchPath(("/nowhere;;" + m_Directory.File("")).c_str()); }
     ~LanguageTest() override
     {
         Misc::pVlkApp->SetNlsSearchPath("");
         Threading::CCurrentThread().SetLngId(0);
-        boost::filesystem::remove_all(m_Directory);
     }
-    void Put(std::string const & content) const
-    {
-        std::ofstream((m_Directory / "test.nls").string(), std::ios::binary) << content;
-    }
+    void Put(std::string const & content) const { m_Directory.Write("test.nls", content); }
     static std::string Converted(CLanguageSupport::CLngFile & file, std::size_t index)
     {
         TString<32> text;
@@ -76,7 +67,7 @@ protected:
         return text.C_Str();
     }
 
-    boost::filesystem::path m_Directory;
+    CTempDirectory m_Directory; // outlives the file that lies open in it
     CLanguageSupport::CLngFile m_File{"test.nls", CLanguageSupport::Default_Language_ID, "utf-8", 1, Standard, 2};
     Threading::CCurrentThread m_Thread;
 };
@@ -175,7 +166,7 @@ TEST_F(LanguageTest, AnEmptySearchPathIsAskedForAgain)
     m_Thread.SetLngId(German);
     Misc::pVlkApp->SetNlsSearchPath("");
     EXPECT_EQ("one", Converted(m_File, 0));
-    Misc::pVlkApp->SetNlsSearchPath(m_Directory);
+    Misc::pVlkApp->SetNlsSearchPath(boost::filesystem::path(m_Directory.File("")));
     EXPECT_EQ("eins", Converted(m_File, 0));
 }
 
