@@ -16,7 +16,7 @@
 #include "PoolUnderTest.h"
 #include "RecordedTrace.h"
 #include "Support/AllocationFault.h"
-#include "Support/FullMatch.h"
+#include "Support/MatchesPattern.h"
 #include "VLK/ThreadCB.h"
 #include "VLK/WaitableCall.h"
 #include "VLK/Waiter.h"
@@ -826,7 +826,7 @@ TEST_F(ThreadPoolTest, TracesTheWayOfAJob)
     run.insert(run.end(), end.begin(), end.end());
     Texts seen = CRecordedTrace::TextsOf(RunFunction);
     ASSERT_LT(1u, seen.size());
-    EXPECT_THAT(seen[1], FullyMatches("Threads=[01], Idle=0")); // Enqueue is still at its counting
+    EXPECT_THAT(seen[1], MatchesPattern("Threads=[01], Idle=0")); // Enqueue is still at its counting
     seen[1].clear();
     EXPECT_EQ(run, seen);
     EXPECT_EQ((Texts{"Pool-Thread hat einen neuen Job erhalten", "Pool-Thread hat einen neuen Job ausgef\xC3\xBChrt",
