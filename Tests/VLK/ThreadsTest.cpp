@@ -10,6 +10,7 @@
 
 #include "Foundation.h"
 #include "Platform/Thread.h"
+#include "VLK/Application.h"
 #include "VLK/FormatStream.h"
 #include "VLK/ThreadCB.h"
 #include "VLK/Trace.h"
@@ -195,6 +196,21 @@ TEST_F(ThreadTest, TheTraceOfAnExceptionAtTheEndChangesNothing)
     Misc::VLK_MODULE_INFO_VlkLib.SetTrcPoints(TraceErrors);
     RunToItsEnd([] { CEvent().Set(); });
     Misc::VLK_MODULE_INFO_VlkLib.SetTrcPoints(0);
+}
+
+TEST_F(ThreadTest, WithDebugWaitItRunsAndEndsAsWithout)
+{
+    Misc::pVlkApp->SetDebugWait(true);
+    bool ran = false;
+    bool behind = false;
+    RunToItsEnd([&] { ran = true; });
+    RunToItsEnd([&] {
+        CEvent().Set();
+        behind = true;
+    });
+    Misc::pVlkApp->SetDebugWait(false);
+    EXPECT_TRUE(ran);
+    EXPECT_FALSE(behind);
 }
 
 TEST_F(ThreadTest, WaitFromTheThreadItselfBlocksUntilTheTimeout)

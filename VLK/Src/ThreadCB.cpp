@@ -5,8 +5,10 @@
 #include <utility>
 
 #include "ErrLogData.h"
+#include "FaultReport.h"
 #include "Platform/Clock.h"
 #include "Platform/StaticLock.h"
+#include "VLK/Application.h"
 #include "VLK/Exceptions.h"
 #include "VLK/Threads.h"
 #include "VLK/Trace.h"
@@ -374,7 +376,10 @@ void CThreadCB::RunBody() noexcept
     SetIntrMask(Threading::InterruptAll);
     SeedRandom();
     try {
-        m_Function();
+        if (Misc::pVlkApp != nullptr && Misc::pVlkApp->GetDebugWait())
+            StartThreadAndCatchWin32Exception(*this, m_Function);
+        else
+            m_Function();
     } catch (...) {
         VLK_SOURCE(source);
         state.EndException(source);

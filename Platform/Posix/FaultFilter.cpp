@@ -1,0 +1,6 @@
+#include "Platform/FaultFilter.h"
+
+void Platform::RunUnderFaultFilter(void (*body)(void *), void (*)(void *) noexcept, void * argument)
+{
+    body(argument);
+}
