@@ -35,3 +35,8 @@ class CoreUser:
     def tell(self, core, *lines):
         core.stdin.write("".join(line + "\n" for line in lines))
         core.stdin.flush()
+
+    def await_line(self, core, text):
+        """Takes what the core service says up to a line that holds the text."""
+        while text not in core.lines.get(timeout=DEADLINE):
+            pass
