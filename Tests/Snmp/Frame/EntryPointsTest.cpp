@@ -1,6 +1,8 @@
+#include <filesystem>
 #include <memory>
 
 #include "FrameFixture.h"
+#include "Platform/Module.h"
 #include "Platform/Process.h"
 #include "Platform/SnmpUtil.h"
 #include "Platform/Thread.h"
@@ -79,8 +81,11 @@ TEST_F(EntryPointsTest, AttachMakesTheAgentWithItsNameAndRegion)
     EXPECT_EQ("Kestrix RAID", m_agent->m_registryName);
     EXPECT_EQ(1u, m_agent->m_regions.len);
     EXPECT_FALSE(m_agent->m_thread.handle);
-    EXPECT_TRUE(TracedInOrder({Frame(5, "DllMain: ** DLL_PROCESS_ATTACH (PID " +
-                                            std::to_string(Platform::CurrentProcessId()) + " \"kxra_frame_tests\") **"),
+    std::string program;
+    ASSERT_EQ(Platform::Success, Platform::ProgramPath(program));
+    const std::string process = std::to_string(Platform::CurrentProcessId()) + " \"" +
+                                std::filesystem::path(program).filename().string() + "\"";
+    EXPECT_TRUE(TracedInOrder({Frame(5, "DllMain: ** DLL_PROCESS_ATTACH (PID " + process + ") **"),
                                Frame(2, "Starting SNMP agent..."),
                                Frame(1, " add MIB region: 1.3.6.1.4.1.88417.2.49 - "),
                                Frame(3, "Status changed to: loaded (1)"),

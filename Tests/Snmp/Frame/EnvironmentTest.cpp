@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <filesystem>
 
 #include "FrameFixture.h"
 #include "Platform/Host.h"
@@ -114,7 +115,7 @@ TEST_F(EnvironmentTest, TheBannerSaysWhereTheAgentStands)
     Platform::ComputerName(computer, 16);
     EXPECT_EQ(computer, m_agent.m_computerName);
     const std::string path = m_agent.m_modulePath;
-    EXPECT_EQ(kModule, path.substr(path.size() - sizeof kModule + 1));
+    EXPECT_EQ(kModule, std::filesystem::path(path).stem().string());
     const Lines banner{{1, "\n\n*** SNMP agent module \"kxra_frame_tests\" loaded ***\n"},
                        {1, "\n      Computer name : " + computer},
                        {1, "\n   Operating system : Windows"},

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Platform/Host.h"
 #include "Platform/Process.h"
 #include "Platform/SnmpUtil.h"
 #include "Snmp/Frame/Extension.h"
@@ -31,6 +32,12 @@ Fake::STraceLine Frame(unsigned level, std::string const & text)
     std::string name = g_moduleName;
     name.resize(std::max<std::size_t>(name.size(), 20), ' ');
     return {level, "\n" + name + ": " + text};
+}
+
+std::string NativePath(std::string path)
+{
+    std::replace(path.begin(), path.end(), '/', Platform::PathSeparator());
+    return path;
 }
 
 Lines Traced()
@@ -96,7 +103,7 @@ FrameTest::FrameTest()
     g_extension = {};
     g_agentShutdown = 0;
     g_agentClosed = 0;
-    SetModuleName("/opt/kestrix/FRAME_MIB.so");
+    SetModuleName(NativePath("/opt/kestrix/FRAME_MIB.so").c_str());
     g_frameIntervals = {};
     Fake::EnableTrace(true);
     Fake::ClearTrace();

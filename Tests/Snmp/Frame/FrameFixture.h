@@ -131,16 +131,22 @@ protected:
 /// a thread that was ended by force would stay.
 class CGate {
 public:
-    void Open()
+    CGate()
     {
-        m_open = true;
-        m_open.notify_all();
+        Platform::WaitHandle event = nullptr;
+        EXPECT_EQ(Platform::Success, Platform::NewEvent(event, /*initialState*/ false, /*manualReset*/ true));
+        m_event.Reset(event);
     }
-    void Pass() { m_open.wait(false); }
+    void Open() { Platform::SetEvent(m_event.Get()); }
+    void Pass() { Platform::WaitForOne(m_event.Get(), Platform::Infinite, /*wakeable*/ false); }
 
 private:
-    std::atomic<bool> m_open{false};
+    Platform::CWaitableHandle
+        m_event; // nothing of the C++ library, which a thread that is killed may leave in disorder
 };
+
+/// A path of this system from one with slashes.
+std::string NativePath(std::string path);
 
 /// OIDs and bindings by text.
 std::string Text(AsnObjectIdentifier const & oid);

@@ -136,7 +136,7 @@ TEST_F(MemoryFaultTest, AFailureWhileATrapIsTakenIsTracedAndGivesNothing)
 
 TEST_F(MemoryFaultTest, WithoutMemoryForTheThreadNameTheAgentDoesNotStart)
 {
-    SetModuleName("/ALongModuleNameThatLiesOnTheHeap.so");
+    SetModuleName(NativePath("/ALongModuleNameThatLiesOnTheHeap.so"));
     Fake::EnableTrace(true);
     CAgentUnderTest agent;
     bool seen = false;

@@ -34,6 +34,16 @@ protected:
         ASSERT_TRUE(thread.Start(&SBody::Run, &m_body, 0));
         ASSERT_TRUE(HoldsWithin(kDeadline, [this] { return m_body.entered.load(); }));
     }
+    /// The body never ends, or, where no thread can be ended by force, ends by itself before the test does.
+    void ExpectKilled()
+    {
+        m_body.Release();
+        if (Platform::TerminatedThreadsGoOn()) {
+            EXPECT_TRUE(m_body.Ends());
+        } else {
+            EXPECT_FALSE(m_body.ended);
+        }
+    }
     SBody m_body;
 };
 
@@ -96,8 +106,7 @@ TEST_F(FrameThreadTest, KillingARunningThreadWarnsAndClosesTheHandle)
     EXPECT_EQ((Lines{{1, "\n\n## WARNING! RUNNING THREAD " + std::to_string(thread.id) +
                              " (\"worker\") TERMINATED!  ###\n"}}),
               Fake::TraceLines());
-    m_body.Release();
-    EXPECT_TRUE(m_body.Ends());
+    ExpectKilled();
 }
 
 TEST_F(FrameThreadTest, AThreadThatCannotStartLeavesItsError)
@@ -130,8 +139,7 @@ TEST_F(FrameThreadTest, TheRecordsEndKillsAThreadThatGoesOn)
     }
     EXPECT_EQ(1u, CountTraced("\n~CThread - name=\"\" (bTerminateThread=1)"));
     EXPECT_EQ(1u, CountTraced("TERMINATED!  ###\n"));
-    m_body.Release();
-    EXPECT_TRUE(m_body.Ends());
+    ExpectKilled();
 }
 
 TEST_F(FrameThreadTest, TheRecordsEndLeavesTheThreadAloneWithoutTheFlag)
@@ -168,7 +176,7 @@ class ModuleNameTest : public testing::TestWithParam<SModuleName> {};
 
 TEST_P(ModuleNameTest, IsTheFileNameWithoutDirectoryAndExtension)
 {
-    SetModuleName(GetParam().path);
+    SetModuleName(NativePath(GetParam().path).c_str());
     EXPECT_STREQ(GetParam().expected, g_moduleName);
 }
 
@@ -183,6 +191,6 @@ INSTANTIATE_TEST_SUITE_P(Edges, ModuleNameTest,
 
 TEST(LongModuleNameTest, IsCutToItsRoom)
 {
-    SetModuleName("/" + std::string(2000, 'x') + ".so");
+    SetModuleName(NativePath("/" + std::string(2000, 'x') + ".so"));
     EXPECT_EQ(std::string(kModuleNameRoom - 1, 'x'), g_moduleName);
 }

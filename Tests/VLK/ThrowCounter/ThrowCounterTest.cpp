@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "LoaderPath.h"
 #include "Platform/SharedModule.h"
+#include "Support/ScopedVariable.h"
 
 // The counter of threads with throwing disabled, in processes with and without the library that shares it.
 
@@ -103,8 +106,10 @@ TEST(ThrowCounterTest, TheLibraryThatTheProcessHasLoadedCounts)
 TEST(ThrowCounterTest, AProgramUsesTheLibraryThatItsLoaderFinds)
 {
     EXPECT_EQ("own 1, in use 1\n", OutputOf(std::string("\"") + ProgramPath + "\""));
-    EXPECT_EQ("own 0, in use 1\n",
-              OutputOf(std::string("LD_LIBRARY_PATH=\"") + LibraryFolder + "\" \"" + ProgramPath + "\""));
+    char const * const before = std::getenv(kLoaderPath);
+    const CScopedVariable path(kLoaderPath,
+                               std::string(LibraryFolder) + kLoaderPathSeparator + (before != nullptr ? before : ""));
+    EXPECT_EQ("own 0, in use 1\n", OutputOf(std::string("\"") + ProgramPath + "\""));
 }
 
 TEST(ThrowCounterTest, ModulesOfAProcessShareTheCounter)
