@@ -5,6 +5,7 @@
 #include <chrono>
 
 #include "Tests/Support/Deadline.h"
+#include "Tests/Support/StartedSockets.h"
 
 namespace {
 

@@ -74,12 +74,30 @@ void WriteLines(HKEY machine, std::string_view lines)
     }
 }
 
+/// The computer's name stays what it is: the system itself looks it up here.
+void WriteComputerName(HKEY machine, std::string const & name)
+{
+    const CNativeKey key = MakeKey(machine, "System\\CurrentControlSet\\Control\\ComputerName\\ActiveComputerName");
+    Check(::RegSetValueExA(key.Get(), "ComputerName", 0, REG_SZ, reinterpret_cast<BYTE const *>(name.c_str()),
+                           static_cast<DWORD>(name.size() + 1)),
+          "ComputerName");
+}
+
+std::string ComputerName()
+{
+    char name[MAX_COMPUTERNAME_LENGTH + 1] = {};
+    DWORD size = sizeof name;
+    ::GetComputerNameA(name, &size);
+    return name;
+}
+
 } // namespace
 
 /// Each content is a key of its own, which takes the place of the one before; that one goes with the fixture, since
 /// somebody may be reading it.
 struct CRegistryFixture::SImpl {
     const std::string place = Place + std::to_string(::GetCurrentProcessId());
+    const std::string computer = ComputerName();
     unsigned contents = 0;
     CNativeKey machine;
 };
@@ -99,6 +117,7 @@ CRegistryFixture::~CRegistryFixture()
 void CRegistryFixture::Write(std::string const & lines)
 {
     CNativeKey machine = MakeKey(HKEY_CURRENT_USER, m_impl->place + '\\' + std::to_string(++m_impl->contents));
+    WriteComputerName(machine.Get(), m_impl->computer);
     WriteLines(machine.Get(), lines);
     Check(::RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine.Get()), "HKEY_LOCAL_MACHINE");
     m_impl->machine = std::move(machine);
