@@ -139,18 +139,17 @@ CRawPeer::CRawPeer()
 std::optional<CRawConnection> CRawPeer::Accept(std::uint32_t timeoutMs)
 {
     auto const end = CClock::now() + std::chrono::milliseconds(timeoutMs);
-    for (;;) {
+    // Behind its event only: not every system tells the next connection behind an accept that found none.
+    while (Platform::WaitForOne(m_event.Get(), MillisecondsUntil(end), false).result ==
+           Platform::WaitResult::Signaled) {
+        Platform::SNetworkEvents events{};
+        Platform::ReportNetworkEvents(m_listener.Get(), m_event.Get(), events);
         Platform::SocketHandle socket = Platform::NoSocket;
         if (Platform::AcceptSocket(m_listener.Get(), socket) == Platform::Success) {
             return std::optional<CRawConnection>(std::in_place, socket);
         }
-        if (Platform::WaitForOne(m_event.Get(), MillisecondsUntil(end), false).result !=
-            Platform::WaitResult::Signaled) {
-            return std::nullopt;
-        }
-        Platform::SNetworkEvents events{};
-        Platform::ReportNetworkEvents(m_listener.Get(), m_event.Get(), events);
     }
+    return std::nullopt;
 }
 
 CRawConnection CRawPeer::AcceptAgent()
