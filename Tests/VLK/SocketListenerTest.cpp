@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "SocketErrors.h"
+#include "Native/SocketErrors.h"
 #include "SocketPair.h"
 #include "VLK/Waiter.h"
 

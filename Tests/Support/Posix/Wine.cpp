@@ -1,6 +1,0 @@
-#include "Support/Wine.h"
-
-bool RunsUnderWine()
-{
-    return false;
-}
