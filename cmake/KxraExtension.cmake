@@ -23,6 +23,9 @@ function(kxra_extension name)
         # What the foundation's headers need of others, and the headers themselves without the archives behind them.
         find_package(Boost REQUIRED COMPONENTS filesystem system)
         find_package(pugixml REQUIRED)
+        if(WIN32)
+            target_compile_definitions(${name} INTERFACE VLK_IMPORT)
+        endif()
         target_link_libraries(${name} INTERFACE Threads::Threads Boost::filesystem Boost::system pugixml::pugixml)
         target_include_directories(
             ${name} INTERFACE $<BUILD_INTERFACE:$<TARGET_PROPERTY:kxra_vlk,INTERFACE_INCLUDE_DIRECTORIES>>

@@ -23,6 +23,7 @@ function(kxra_install_library target component)
         EXPORT KXRA${component}Targets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         ${headers})
     get_property(components GLOBAL PROPERTY KXRA_INSTALLED_COMPONENTS)
     if(NOT component IN_LIST components)
