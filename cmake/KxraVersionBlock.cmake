@@ -56,6 +56,7 @@ function(kxra_version_resource source)
     # Both numbers of the translation, with four digits each.
     math(EXPR translation "0x10000 * 0x10000 + ${language} * 0x10000 + ${code_page}" OUTPUT_FORMAT HEXADECIMAL)
     string(SUBSTRING ${translation} 3 8 translation)
+    string(TOUPPER ${translation} translation)
     configure_file(${KXRA_VERSION_FOLDER}/KxraVersionBlock.rc.in ${source} @ONLY)
 endfunction()
 

@@ -16,9 +16,12 @@ std::string FullPath(std::string const & file)
     return path;
 }
 
+/// One line, though the system's text ends with a line's end.
 std::string Reason(std::string const & file, ErrorCode error)
 {
-    return file + ": " + ErrorText(error) + " (" + std::to_string(error) + ")";
+    std::string text = ErrorText(error);
+    text.resize(text.find_last_not_of("\r\n ") + 1);
+    return file + ": " + text + " (" + std::to_string(error) + ")";
 }
 
 } // namespace

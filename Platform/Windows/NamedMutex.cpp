@@ -82,8 +82,8 @@ void NoteOwner(SShared & shared) noexcept
     HANDLE thread = nullptr;
     const HANDLE process = ::GetCurrentProcess();
     ::DuplicateHandle(process, ::GetCurrentThread(), process, &thread, SYNCHRONIZE, /*bInheritHandle=*/FALSE, 0);
+    shared.owner.store(::GetCurrentThreadId(), std::memory_order_relaxed); // ahead of the end of the former handle
     shared.ownerThread.Reset(thread);
-    shared.owner.store(::GetCurrentThreadId(), std::memory_order_relaxed);
 }
 
 void Release(SShared & shared) noexcept

@@ -1,5 +1,6 @@
 #include "Platform/Registry.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -12,8 +13,8 @@ using Platform::RegistryAccess;
 using Platform::RegistryView;
 using Platform::SRegistryValue;
 
-constexpr DWORD MaxNameBytes = 2 * 16383; ///< of a value's name: 16383 characters, at most two bytes each
-constexpr DWORD FirstRoom = 260;          ///< for the data of a value; most need less
+constexpr std::size_t MaxNameBytes = 4 * 16383; ///< of a value's name: 16383 characters of up to four bytes
+constexpr std::size_t FirstRoom = 260;          ///< for the data of a value; most need less
 
 struct SKeyTraits {
     using Type = HKEY;
@@ -47,13 +48,10 @@ ErrorCode ReadValue(SRegistryValue & out, TRead const & read)
 {
     std::string data(FirstRoom, '\0');
     DWORD type = REG_NONE;
-    DWORD size = 0;
-    LSTATUS status = ERROR_MORE_DATA;
+    auto size = static_cast<DWORD>(data.size());
+    LSTATUS status = read(type, reinterpret_cast<BYTE *>(data.data()), size);
     while (status == ERROR_MORE_DATA) {
-        if (size > data.size())
-            data.resize(size);
-        else if (size != 0)
-            data.resize(data.size() * 2);
+        data.resize(std::max<std::size_t>(size, 2 * data.size()));
         size = static_cast<DWORD>(data.size());
         status = read(type, reinterpret_cast<BYTE *>(data.data()), size);
     }
