@@ -46,12 +46,19 @@ std::string CanonicalName(std::string const & host)
 
 } // namespace
 
-Platform::ErrorCode Platform::ComputerName(std::string & out, std::uint32_t capacity)
+Platform::ErrorCode Platform::ComputerNameUtf8(std::string & out)
 {
     std::string name;
     const ErrorCode error = FullHostName(name);
+    if (error == Success) out = name.substr(0, name.find('.'));
+    return error;
+}
+
+Platform::ErrorCode Platform::ComputerName(std::string & out, std::uint32_t capacity)
+{
+    std::string name;
+    const ErrorCode error = ComputerNameUtf8(name);
     if (error != Success) return error;
-    name.resize(std::min(name.find('.'), name.size()));
     if (name.size() >= capacity) name.resize(capacity != 0 ? capacity - 1 : 0);
     out = std::move(name);
     return Success;

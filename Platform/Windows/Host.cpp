@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr DWORD WideNameRoom = 260;
+
 /// A name of this computer by the system's number for its kind.
 Platform::ErrorCode NameOf(COMPUTER_NAME_FORMAT kind, std::string & out)
 {
@@ -27,6 +29,19 @@ Platform::ErrorCode Platform::ComputerName(std::string & out, std::uint32_t capa
     DWORD size = sizeof name;
     if (::GetComputerNameA(name, &size) == FALSE) return LastError();
     out.assign(name, std::min<DWORD>(size, capacity != 0 ? capacity - 1 : 0));
+    return Success;
+}
+
+Platform::ErrorCode Platform::ComputerNameUtf8(std::string & out)
+{
+    wchar_t name[WideNameRoom];
+    DWORD size = WideNameRoom;
+    if (::GetComputerNameW(name, &size) == FALSE) return LastError();
+    char bytes[3 * WideNameRoom];
+    const int used =
+        ::WideCharToMultiByte(CP_UTF8, 0, name, static_cast<int>(size), bytes, sizeof bytes, nullptr, nullptr);
+    if (used == 0 && size != 0) return LastError();
+    out.assign(bytes, static_cast<std::size_t>(used));
     return Success;
 }
 

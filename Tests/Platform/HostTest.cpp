@@ -1,5 +1,7 @@
 #include "Platform/Host.h"
 
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 using namespace Platform;
@@ -17,6 +19,15 @@ TEST(HostTest, ComputerNameIsCutToItsRoom)
     }
     ASSERT_EQ(Success, ComputerName(name, 0));
     EXPECT_EQ("", name);
+}
+
+TEST(HostTest, TheNameInUtf8IsTheSameNameWhole)
+{
+    std::string native;
+    std::string utf8;
+    ASSERT_EQ(Success, ComputerName(native, 260));
+    ASSERT_EQ(Success, ComputerNameUtf8(utf8));
+    EXPECT_EQ(std::filesystem::path(std::u8string(utf8.begin(), utf8.end())), std::filesystem::path(native));
 }
 
 TEST(HostTest, DnsNameHasNoDotInItsHost)

@@ -112,12 +112,6 @@ void VLK::Internals::ReportHeap(Platform::HeapState heap, unsigned int toTrace) 
 
 namespace VLK::Misc {
 
-namespace {
-
-constexpr std::uint32_t HostNameRoom = 260;
-
-} // namespace
-
 std::int64_t now() noexcept
 {
     return static_cast<std::int64_t>(Platform::UnixTimeMs());
@@ -147,7 +141,7 @@ unsigned int hostname(std::string & out)
 {
     Exceptions::CThrowState state;
     try {
-        if (Platform::ComputerName(out, HostNameRoom) == Platform::Success && !out.empty()) return 1;
+        if (Platform::ComputerNameUtf8(out) == Platform::Success && !out.empty()) return 1;
         out.clear();
         return 0;
     }

@@ -11,6 +11,8 @@ namespace Platform {
 
 /// Short name of this host, cut to capacity - 1 bytes. Windows: the NetBIOS name.
 ErrorCode ComputerName(std::string & out, std::uint32_t capacity);
+/// The same name whole, in UTF-8 on each system.
+ErrorCode ComputerNameUtf8(std::string & out);
 /// Host name and domain as the name service knows them, whose answer may take seconds. The domain may be empty.
 ErrorCode DnsName(std::string & host, std::string & domain);
 

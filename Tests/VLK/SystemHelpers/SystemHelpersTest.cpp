@@ -52,7 +52,7 @@ Platform::ErrorCode Tell(std::string & out, std::string const & text)
 
 namespace Platform {
 
-ErrorCode ComputerName(std::string & out, std::uint32_t)
+ErrorCode ComputerNameUtf8(std::string & out)
 {
     return Tell(out, g_system.computer);
 }
