@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Fake/Debug.h"
@@ -131,18 +133,16 @@ protected:
 /// a thread that was ended by force would stay.
 class CGate {
 public:
-    CGate()
+    void Open() { m_open = true; }
+    // Nor is it a wait of the C++ library, which a thread that is killed may leave in disorder.
+    void Pass()
     {
-        Platform::WaitHandle event = nullptr;
-        EXPECT_EQ(Platform::Success, Platform::NewEvent(event, /*initialState*/ false, /*manualReset*/ true));
-        m_event.Reset(event);
+        while (!m_open)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    void Open() { Platform::SetEvent(m_event.Get()); }
-    void Pass() { Platform::WaitForOne(m_event.Get(), Platform::Infinite, /*wakeable*/ false); }
 
 private:
-    Platform::CWaitableHandle
-        m_event; // nothing of the C++ library, which a thread that is killed may leave in disorder
+    std::atomic<bool> m_open{false};
 };
 
 /// A path of this system from one with slashes.
