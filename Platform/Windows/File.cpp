@@ -12,9 +12,11 @@ namespace {
 
 constexpr DWORD MostAtOnce = 0x40000000; ///< bytes of one call of the system
 
-/// How a file is opened: what for, what others may do meanwhile, and what if it is there or not.
+/// How a file is opened: what for, what others may do meanwhile, what if it is there or not, and whether somebody in
+/// the way is waited for.
 struct SHow {
     DWORD access, sharing, disposition;
+    bool patient;
 };
 
 /// Takes the error of the call before. A missing directory is a missing file, as for the C library.
@@ -34,34 +36,49 @@ HANDLE SystemHandle(Platform::FileHandle file) noexcept
     return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(file));
 }
 
-/// Whoever deletes or renames a file holds it for a moment in a way that shuts out others: how often, a millisecond
-/// apart, an open that met this is tried again before it is believed.
-constexpr int TriesPerOpen = 50;
+/// Whoever deletes or renames a file holds it for a moment in a way that shuts out others, and one that is being
+/// deleted is denied to all until it is gone: how long somebody patient stands it. Milliseconds.
+constexpr ULONGLONG PatienceMs = 50;
 
-bool IsPassing(DWORD error) noexcept
+bool IsShutOut(DWORD error) noexcept
 {
     return error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
 }
 
-bool Exists(char const * path) noexcept
+/// Of a name that can't be opened.
+enum class NameState : std::uint8_t {
+    Free,
+    Visible, ///< a file or folder is there, for good as far as that can be told
+    Veiled   ///< taken, but hidden from view: on its way out, or in a folder that is closed to us
+};
+
+NameState Look(char const * path) noexcept
 {
-    return ::GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES || IsPassing(::GetLastError());
+    const Platform::CLastErrorKeeper keeper;
+    if (::GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES) return NameState::Visible;
+    return IsShutOut(::GetLastError()) ? NameState::Veiled : NameState::Free;
+}
+
+/// Whether an open that has failed by this error may come through in a moment.
+bool IsPassing(DWORD error, SHow const & how, NameState state) noexcept
+{
+    if (how.disposition == CREATE_NEW) return state == NameState::Free; // gone since
+    return error == ERROR_SHARING_VIOLATION || state != NameState::Visible;
 }
 
 /// CreateFile, which has its own name for "is there already" only where it can look at what is there.
 HANDLE Create(char const * path, SHow const & how) noexcept
 {
-    for (int tries = 1;; ++tries) {
+    const ULONGLONG begun = ::GetTickCount64();
+    for (;;) {
         const HANDLE opened = ::CreateFileA(path, how.access, how.sharing, /*not inherited*/ nullptr, how.disposition,
                                             FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (opened != INVALID_HANDLE_VALUE || !IsPassing(::GetLastError())) return opened;
+        if (opened != INVALID_HANDLE_VALUE || !how.patient) return opened;
         const DWORD error = ::GetLastError();
-        if (how.disposition == CREATE_NEW && Exists(path)) {
-            ::SetLastError(ERROR_FILE_EXISTS);
-            return opened;
-        }
-        if (error == ERROR_ACCESS_DENIED || tries == TriesPerOpen) {
-            ::SetLastError(error);
+        if (!IsShutOut(error)) return opened;
+        const NameState state = Look(path);
+        if (!IsPassing(error, how, state) || ::GetTickCount64() - begun >= PatienceMs) {
+            ::SetLastError(how.disposition == CREATE_NEW && state != NameState::Free ? ERROR_FILE_EXISTS : error);
             return opened;
         }
         ::Sleep(1);
@@ -94,7 +111,7 @@ struct SStreamMode {
                                   : exclusive   ? CREATE_NEW
                                   : kind == 'w' ? CREATE_ALWAYS
                                                 : OPEN_ALWAYS;
-        return {access, FILE_SHARE_READ | FILE_SHARE_WRITE, disposition};
+        return {access, FILE_SHARE_READ | FILE_SHARE_WRITE, disposition, /*patient=*/true};
     }
     int DescriptorFlags() const noexcept
     {
@@ -110,9 +127,11 @@ struct SStreamMode {
 
 Platform::ErrorCode Platform::OpenFile(FileHandle & out, std::string const & path, FileMode mode) noexcept
 {
-    static constexpr SHow Modes[] = {{GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING},
-                                     {GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS},
-                                     {GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, CREATE_NEW}};
+    // The first two are for a trace, which opens its file for each line and must hold up nobody.
+    static constexpr SHow Modes[] = {
+        {GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING, /*patient=*/false},
+        {GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS, /*patient=*/false},
+        {GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, CREATE_NEW, /*patient=*/true}};
     CSystemHandle file;
     const ErrorCode error = OpenHandle(file, path.c_str(), Modes[static_cast<unsigned>(mode)]);
     if (error == Success) out = reinterpret_cast<std::intptr_t>(file.Release());

@@ -4,6 +4,7 @@
 
 #include <io.h>
 
+#include "Platform/Clock.h"
 #include "Platform/Native/SockAddr.h" // the system's interface without its second names for ours
 #include "Support/TempDirectory.h"
 
@@ -73,6 +74,39 @@ TEST(FileTest, OthersMayOnlyReadAFileThatIsRead)
     const CFileHandle reader(handle);
     EXPECT_EQ(Success, Attempt(path, FileMode::ReadExisting));
     EXPECT_EQ(ErrorCode{ERROR_SHARING_VIOLATION}, Attempt(path, FileMode::WriteOrCreate));
+}
+
+TEST(FileTest, AFileThatSomebodyHoldsForGoodHoldsUpNoTrace)
+{
+    const CTempDirectory directory;
+    const std::string path = directory.Write("a", "x");
+    const HANDLE holder = ::CreateFileA(path.c_str(), GENERIC_READ, /*dwShareMode=*/0, nullptr, OPEN_EXISTING,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(INVALID_HANDLE_VALUE, holder);
+    constexpr int attempts = 50; // of some microseconds each; a wait in each would sum up to seconds
+    const std::uint64_t begun = Platform::MonotonicMs();
+    for (int i = 0; i < attempts; ++i) {
+        EXPECT_EQ(ErrorCode{ERROR_SHARING_VIOLATION}, Attempt(path, FileMode::ReadExisting));
+        EXPECT_EQ(ErrorCode{ERROR_SHARING_VIOLATION}, Attempt(path, FileMode::WriteOrCreate));
+    }
+    EXPECT_LT(Platform::MonotonicMs() - begun, 2000u);
+    ::CloseHandle(holder);
+}
+
+TEST(FileTest, AFileOnItsWayOutIsThereOrGoneForWhoWantsToMakeIt)
+{
+    const CTempDirectory directory;
+    const std::string path = directory.Write("a", "x");
+    const HANDLE holder =
+        ::CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(INVALID_HANDLE_VALUE, holder);
+    ASSERT_EQ(Success, Platform::DeleteFile(path));
+    const ErrorCode error = Attempt(path, FileMode::CreateExclusive); // how soon the name is free is the file system's
+    EXPECT_TRUE(error == Success || error == Platform::ErrorAlreadyExists()) << error;
+    ::CloseHandle(holder);
+    Platform::DeleteFile(path);
+    EXPECT_EQ(Success, Attempt(path, FileMode::CreateExclusive));
 }
 
 TEST(FileTest, PipesAreRefused)
