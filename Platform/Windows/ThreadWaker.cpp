@@ -6,7 +6,13 @@ namespace Platform {
 
 namespace {
 
-void CALLBACK EndAWait(ULONG_PTR) {}
+/// What is queued to a thread to end its wait: a call that does nothing. It may stand in a queue of a thread of the
+/// host when this library is unloaded, so it must be one of the system's own.
+PAPCFUNC CallThatEndsAWait() noexcept
+{
+    static_assert(sizeof(void *) == 8, "a call with an argument too many does no harm");
+    return reinterpret_cast<PAPCFUNC>(reinterpret_cast<void (*)()>(&::GetCurrentThreadId));
+}
 
 void Drop(SThreadWaker * waker) noexcept
 {
@@ -115,7 +121,8 @@ void WakeThread(WakerHandle waker) noexcept
 {
     if (waker == nullptr) return;
     const CLastErrorKeeper keeper; // the call for a thread that has ended fails
-    if (!waker->pending.exchange(true, std::memory_order_acq_rel)) ::QueueUserAPC(&EndAWait, waker->thread.Get(), 0);
+    if (waker->pending.exchange(true, std::memory_order_acq_rel)) return;
+    ::QueueUserAPC(CallThatEndsAWait(), waker->thread.Get(), 0);
 }
 
 } // namespace Platform
