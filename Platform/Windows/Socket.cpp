@@ -47,10 +47,13 @@ ErrorCode ResultOf(int result) noexcept
     return result == SOCKET_ERROR ? SocketError() : Success;
 }
 
-/// Bytes of one call.
-int Piece(std::size_t size) noexcept
+/// Bytes that are sent in one call. The system takes a piece whole or refuses it, and one that is too large for its
+/// memory it refuses with an error in place of a "not now".
+constexpr std::size_t MostPerSend = std::size_t{1} << 20;
+
+int Piece(std::size_t size, std::size_t most) noexcept
 {
-    return static_cast<int>(std::min<std::size_t>(size, INT_MAX));
+    return static_cast<int>(std::min(size, most));
 }
 
 /// Takes over a new socket.
@@ -129,7 +132,7 @@ std::int64_t SendSocket(SocketHandle socket, void const * data, std::size_t size
     auto const * const bytes = static_cast<char const *>(data);
     std::size_t done = 0;
     for (;;) {
-        const int sent = ::send(socket, bytes + done, Piece(size - done), 0);
+        const int sent = ::send(socket, bytes + done, Piece(size - done, MostPerSend), 0);
         if (sent == SOCKET_ERROR) {
             error = SocketError();
             if (done == 0) return -1;
@@ -145,7 +148,7 @@ std::int64_t SendSocket(SocketHandle socket, void const * data, std::size_t size
 
 std::int64_t ReceiveSocket(SocketHandle socket, void * data, std::size_t size, bool peek, ErrorCode & error) noexcept
 {
-    const int received = ::recv(socket, static_cast<char *>(data), Piece(size), peek ? MSG_PEEK : 0);
+    const int received = ::recv(socket, static_cast<char *>(data), Piece(size, INT_MAX), peek ? MSG_PEEK : 0);
     error = received == SOCKET_ERROR ? SocketError() : Success;
     if (received > 0) SocketReceived(socket);
     return received;
