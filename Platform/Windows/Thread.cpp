@@ -42,6 +42,10 @@ private:
 
 constexpr auto CountFailed = static_cast<DWORD>(-1);
 
+/// What a thread that was ended by force gets to leave the processor. Only one inside a driver takes longer, and runs
+/// no code of ours there. Milliseconds.
+constexpr DWORD LastStepsMs = 5000;
+
 ErrorCode SThread::Resume(std::uint32_t & previous) noexcept
 {
     // Let go of before the thread may run: its first act may be to close this object.
@@ -66,6 +70,8 @@ ErrorCode SThread::Terminate(std::uint32_t exitCode) noexcept
 {
     if (::WaitForSingleObject(Handle(), 0) == WAIT_OBJECT_0) return Success;
     if (::TerminateThread(Handle(), exitCode) == 0) return LastError();
+    // The call only orders the end. What the thread uses, its code too, may be taken away behind this.
+    ::WaitForSingleObject(Handle(), LastStepsMs);
     // It will never come to take its start.
     delete m_start.exchange(nullptr, std::memory_order_relaxed);
     return Success;

@@ -32,7 +32,7 @@ ErrorCode SuspendThread(WaitHandle thread, std::uint32_t & previous) noexcept;
 /// StillActive while it runs, then the body's result.
 ErrorCode ThreadExitCode(WaitHandle thread, std::uint32_t & exitCode) noexcept;
 
-/// Ends a thread by force. Windows: TerminateThread; its end shows a moment later, its mutexes count as abandoned, and
+/// Ends a thread by force. Windows: TerminateThread, and its end is waited for; its mutexes count as abandoned, and
 /// a critical section that it holds stays held. POSIX: no thread can be ended from outside without the
 /// danger of a corrupt process, so the thread is abandoned: for everyone who looks at its handle it has ended
 /// with `exitCode`, mutexes that it owns count as abandoned, it never becomes anyone's again, and the module

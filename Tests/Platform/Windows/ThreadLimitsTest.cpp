@@ -56,7 +56,8 @@ TEST(TerminateThreadTest, AThreadThatNeverWaitsEnds)
     ASSERT_TRUE(HoldsWithin(kDeadline, [&] { return shared->behindTheWait != 0; }));
     EXPECT_FALSE(Platform::TerminatedThreadsGoOn());
     EXPECT_EQ(Success, Platform::TerminateThread(thread.handle.Get(), 77));
-    ASSERT_EQ(WaitResult::Signaled, AwaitEnd(thread));
+    ASSERT_EQ(WaitResult::Signaled, Platform::WaitForOne(thread.handle.Get(), 0, /*wakeable=*/false).result)
+        << "it is over when the call returns";
     EXPECT_EQ(77u, ExitCode(thread));
     shared->spin = false;
     EXPECT_FALSE(Counts(*shared));
