@@ -16,6 +16,30 @@ std::string FullPath(std::string const & file)
     return path;
 }
 
+/// Keeps the system from asking the user about a file that is no library; the caller gets the reason.
+class CNoQuestions {
+public:
+    CNoQuestions() noexcept
+    {
+        ::SetThreadErrorMode(::GetThreadErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &m_former);
+    }
+    ~CNoQuestions() { ::SetThreadErrorMode(m_former, nullptr); }
+    CNoQuestions(CNoQuestions const &) = delete;
+    CNoQuestions & operator=(CNoQuestions const &) = delete;
+
+private:
+    DWORD m_former = 0;
+};
+
+/// The library's handle, or null with the system's error.
+HMODULE Load(std::string const & path, ErrorCode & error) noexcept
+{
+    CNoQuestions const quiet;
+    HMODULE const module = ::LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    error = LastError();
+    return module;
+}
+
 /// One line, though the system's text ends with a line's end.
 std::string Reason(std::string const & file, ErrorCode error)
 {
@@ -31,8 +55,9 @@ ModuleHandle LoadModule(std::string const & file, std::string & reason)
     // A name without a directory would be looked up on the loader's search path instead of where it was named. What
     // the library itself asks for is looked up beside it first.
     const std::string path = FullPath(file);
-    const HMODULE module = ::LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    if (module == nullptr) reason = Reason(file, LastError());
+    ErrorCode error = Success;
+    HMODULE const module = Load(path, error);
+    if (module == nullptr) reason = Reason(file, error);
     return module;
 }
 
