@@ -53,6 +53,10 @@ function(kxra_install_end)
     if(TARGET kxra-snmpd AND TARGET KXRA_MIB)
         set(KXRA_INSTALL_SERVICE TRUE)
     endif()
+    set(KXRA_INSTALL_PKGCONFIG TRUE)
+    if(WIN32) # what it asks for are a Linux system's libraries
+        set(KXRA_INSTALL_PKGCONFIG FALSE)
+    endif()
     configure_file(${KXRA_INSTALL_SCRIPTS}/End.cmake.in ${KXRA_INSTALL_STAGE}/End.cmake @ONLY)
     install(SCRIPT ${KXRA_INSTALL_STAGE}/End.cmake)
 
