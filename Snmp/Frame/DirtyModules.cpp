@@ -28,7 +28,7 @@ void CSnmpAgent::LockDirtyModules()
 {
     if (Platform::RunsInCompatibilityLayer()) return;
     Platform::CRegistryKey list;
-    if (list.Open(m_commonRoot + "\\#LockList", Platform::RegistryView::Default, Platform::RegistryAccess::Full) !=
+    if (list.Open(m_commonRoot + "\\#LockList", Platform::RegistryView::View64, Platform::RegistryAccess::Full) !=
         Platform::Success)
         return;
     std::map<std::string, void *> loaded;

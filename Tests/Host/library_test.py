@@ -161,7 +161,7 @@ class LifeTest(LibraryTest):
         self.assertTrue(host.is_loaded(FAST))
         self.end_host()
 
-    def test_it_is_loaded_used_and_unloaded_again_and_again_without_a_rest(self):
+    def test_it_is_loaded_used_and_unloaded_again_and_again_without_a_handle_that_stays_as_wine_cannot_show(self):
         host = self.connect(FAST)
         handles = []
         for _ in range(4):
@@ -170,6 +170,8 @@ class LifeTest(LibraryTest):
             self.assertFalse(host.is_loaded(FAST))
             handles.append(host.handles())
             self.start_library(host, FAST)
+        if not any(handles):
+            print("the handles were not compared: Wine counts none")
         self.assertEqual(handles[1], handles[-1], handles)
 
     def test_a_library_that_is_none_is_refused_with_a_reason(self):
