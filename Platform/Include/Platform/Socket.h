@@ -32,8 +32,9 @@ struct SNetworkEvents {
     ErrorCode errors[6];
 };
 
-/// Prepares and gives up the socket library, which on Windows all sockets and ResolveHost need; not while a library is
-/// being loaded. Calls may nest. The result of StartSockets is 0 on success.
+/// Prepares and gives up the socket library, which on Windows all sockets and ResolveHost need. Windows advises against
+/// doing so while a library is being loaded; the agent, which has no other place for it, does. Calls may nest. The
+/// result of StartSockets is 0 on success.
 ErrorCode StartSockets() noexcept;
 void StopSockets() noexcept;
 
