@@ -10,6 +10,7 @@
 
 #include "Foundation.h"
 #include "Platform/Thread.h"
+#include "Support/ProcessThreads.h"
 #include "VLK/Application.h"
 #include "VLK/FormatStream.h"
 #include "VLK/ThreadCB.h"
@@ -73,6 +74,8 @@ TEST_F(ThreadTest, TheDelegateGoesWithTheLastReference)
 
 TEST_F(ThreadTest, TheObjectMayGoWhileTheThreadRuns)
 {
+    std::thread([] {}).join(); // what watches a program may start a thread of its own with the first one
+    const std::size_t threads = ProcessThreads();
     CEvent go, done;
     go.Init(false, false);
     done.Init(false, false);
@@ -85,6 +88,11 @@ TEST_F(ThreadTest, TheObjectMayGoWhileTheThreadRuns)
     }
     go.Set();
     EXPECT_EQ(URET_OK, done.Wait(kDeadlineMs));
+    EXPECT_TRUE(HoldsWithin(kDeadline, [threads] { return ProcessThreads() == threads; }));
+    // The platform lets go of such a thread at its next chance, which is the end of another.
+    CThread other;
+    StartThread(other, [] {});
+    EXPECT_EQ(URET_OK, other.Wait(kDeadlineMs));
 }
 
 TEST_F(ThreadTest, CreateWhileTheFormerRunsRaisesStillRunning)
