@@ -38,7 +38,7 @@ HANDLE SystemHandle(Platform::FileHandle file) noexcept
 
 /// Whoever deletes or renames a file holds it for a moment in a way that shuts out others, and one that is being
 /// deleted is denied to all until it is gone: how long somebody patient stands it. Milliseconds.
-constexpr ULONGLONG PatienceMs = 50;
+constexpr ULONGLONG PatienceMs = 250;
 
 bool IsShutOut(DWORD error) noexcept
 {
@@ -59,11 +59,11 @@ NameState Look(char const * path) noexcept
     return IsShutOut(::GetLastError()) ? NameState::Veiled : NameState::Free;
 }
 
-/// Whether an open that has failed by this error may come through in a moment.
-bool IsPassing(DWORD error, SHow const & how, NameState state) noexcept
+/// Whether an open that was shut out may come through in a moment: what is visible now may be the file that has taken
+/// the place of the one in the way.
+bool IsPassing(SHow const & how, NameState state) noexcept
 {
-    if (how.disposition == CREATE_NEW) return state == NameState::Free; // gone since
-    return error == ERROR_SHARING_VIOLATION || state != NameState::Visible;
+    return how.disposition != CREATE_NEW || state == NameState::Free;
 }
 
 /// CreateFile, which has its own name for "is there already" only where it can look at what is there.
@@ -77,7 +77,7 @@ HANDLE Create(char const * path, SHow const & how) noexcept
         const DWORD error = ::GetLastError();
         if (!IsShutOut(error)) return opened;
         const NameState state = Look(path);
-        if (!IsPassing(error, how, state) || ::GetTickCount64() - begun >= PatienceMs) {
+        if (!IsPassing(how, state) || ::GetTickCount64() - begun >= PatienceMs) {
             ::SetLastError(how.disposition == CREATE_NEW && state != NameState::Free ? ERROR_FILE_EXISTS : error);
             return opened;
         }
