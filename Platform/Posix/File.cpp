@@ -141,6 +141,11 @@ Platform::ErrorCode Platform::MoveFile(std::string const & from, std::string con
     return std::rename(from.c_str(), to.c_str()) != 0 ? LastErrno() : Success;
 }
 
+Platform::ErrorCode Platform::PutInPlace(std::string const & from, std::string const & to) noexcept
+{
+    return MoveFile(from, to);
+}
+
 Platform::ErrorCode Platform::MakePrivate(std::string const & path) noexcept
 {
     return ::chmod(path.c_str(), OwnerOnly) != 0 ? LastErrno() : Success;

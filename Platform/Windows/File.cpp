@@ -38,7 +38,22 @@ HANDLE SystemHandle(Platform::FileHandle file) noexcept
 
 /// Whoever deletes or renames a file holds it for a moment in a way that shuts out others, and one that is being
 /// deleted is denied to all until it is gone: how long somebody patient stands it. Milliseconds.
-constexpr ULONGLONG PatienceMs = 250;
+class CPatience {
+public:
+    /// False when it is at an end, else after a moment. Keeps the last error.
+    bool Again() const noexcept
+    {
+        if (::GetTickCount64() - m_Begun >= EndMs) return false;
+        const Platform::CLastErrorKeeper keeper;
+        ::Sleep(1);
+        return true;
+    }
+
+private:
+    static constexpr ULONGLONG EndMs = 250;
+
+    const ULONGLONG m_Begun = ::GetTickCount64();
+};
 
 bool IsShutOut(DWORD error) noexcept
 {
@@ -69,7 +84,7 @@ bool IsPassing(SHow const & how, NameState state) noexcept
 /// CreateFile, which has its own name for "is there already" only where it can look at what is there.
 HANDLE Create(char const * path, SHow const & how) noexcept
 {
-    const ULONGLONG begun = ::GetTickCount64();
+    const CPatience patience;
     for (;;) {
         const HANDLE opened = ::CreateFileA(path, how.access, how.sharing, /*not inherited*/ nullptr, how.disposition,
                                             FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -77,11 +92,10 @@ HANDLE Create(char const * path, SHow const & how) noexcept
         const DWORD error = ::GetLastError();
         if (!IsShutOut(error)) return opened;
         const NameState state = Look(path);
-        if (!IsPassing(how, state) || ::GetTickCount64() - begun >= PatienceMs) {
+        if (!IsPassing(how, state) || !patience.Again()) {
             ::SetLastError(how.disposition == CREATE_NEW && state != NameState::Free ? ERROR_FILE_EXISTS : error);
             return opened;
         }
-        ::Sleep(1);
     }
 }
 
@@ -204,6 +218,15 @@ Platform::ErrorCode Platform::DeleteFile(std::string const & path) noexcept
 Platform::ErrorCode Platform::MoveFile(std::string const & from, std::string const & to) noexcept
 {
     return ResultOf(::MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING));
+}
+
+Platform::ErrorCode Platform::PutInPlace(std::string const & from, std::string const & to) noexcept
+{
+    const CPatience patience;
+    for (;;) {
+        const ErrorCode error = MoveFile(from, to);
+        if (!IsShutOut(error) || !patience.Again()) return error;
+    }
 }
 
 Platform::ErrorCode Platform::MakePrivate(std::string const & path) noexcept

@@ -56,6 +56,7 @@ TEST(FileTest, AMissingFileIsNotFoundAndTheHandleStays)
     EXPECT_EQ(NoFile, handle);
     EXPECT_EQ(ErrorNotFound(), DeleteFile(directory.File("none")));
     EXPECT_EQ(ErrorNotFound(), MoveFile(directory.File("none"), directory.File("b")));
+    EXPECT_EQ(ErrorNotFound(), PutInPlace(directory.File("none"), directory.File("b")));
     EXPECT_EQ(ErrorNotFound(), MakePrivate(directory.File("none")));
 }
 
@@ -80,14 +81,16 @@ TEST(FileTest, DirectoriesAreRefused)
     EXPECT_EQ(NoFile, handle);
 }
 
-TEST(FileTest, MoveReplacesTheTarget)
+TEST(FileTest, BothMovesReplaceTheTarget)
 {
-    const CTempDirectory directory;
-    directory.Write("a", "new");
-    directory.Write("b", "old");
-    EXPECT_EQ(Success, MoveFile(directory.File("a"), directory.File("b")));
-    EXPECT_EQ("new", directory.Read("b"));
-    EXPECT_FALSE(directory.Exists("a"));
+    for (ErrorCode (*const move)(std::string const &, std::string const &) noexcept : {&MoveFile, &PutInPlace}) {
+        const CTempDirectory directory;
+        directory.Write("a", "new");
+        directory.Write("b", "old");
+        EXPECT_EQ(Success, move(directory.File("a"), directory.File("b")));
+        EXPECT_EQ("new", directory.Read("b"));
+        EXPECT_FALSE(directory.Exists("a"));
+    }
 }
 
 TEST(FileTest, StreamsFollowTheirMode)

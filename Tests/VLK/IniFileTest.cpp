@@ -52,6 +52,17 @@ bool Raises(TFunction && function, std::uint32_t & code)
         EXPECT_EQ(expected, raisedCode);                                                                               \
     } while (false)
 
+/// Of a thread from outside: what the function raises fails the test with the whole record.
+template <class TFunction>
+void RunAndReport(TFunction && function)
+{
+    Threading::CCallBackGuard const guard;
+    Exceptions::CErrorLog log;
+    bool finished = false;
+    RaisedBy([&] { function(), finished = true; }, log);
+    EXPECT_TRUE(finished) << Printed("%S", log);
+}
+
 class IniFileTest : public CFoundationTest {
 protected:
     IniFileTest() : m_Directory(boost::filesystem::temp_directory_path() / boost::filesystem::unique_path())
@@ -643,7 +654,6 @@ TEST_F(IniFileTest, WritersTakeTurnsAndNoChangeIsLost)
     Put("[s]\nn=0\n");
     constexpr int Rounds = 50;
     auto const count = [&] {
-        Threading::CCallBackGuard const guard;
         for (int i = 0; i != Rounds; ++i) {
             CIniFile file;
             file.Lock(Name(), 0xFFFFFFFF);
@@ -653,20 +663,21 @@ TEST_F(IniFileTest, WritersTakeTurnsAndNoChangeIsLost)
             file.Flush(0);
         }
     };
-    std::thread first(count);
-    std::thread second(count);
+    std::thread first([&] { RunAndReport(count); });
+    std::thread second([&] { RunAndReport(count); });
     std::atomic<bool> stop{false};
     std::thread reader([&] {
-        Threading::CCallBackGuard const guard;
-        int last = 0;
-        while (!stop) {
-            CIniFile file;
-            file.Read(Name(), 0xFFFFFFFF);
-            int n = -1;
-            file["s"]["n"].GetValue(n);
-            EXPECT_GE(n, last);
-            last = n;
-        }
+        RunAndReport([&] {
+            int last = 0;
+            while (!stop) {
+                CIniFile file;
+                file.Read(Name(), 0xFFFFFFFF);
+                int n = -1;
+                file["s"]["n"].GetValue(n);
+                EXPECT_GE(n, last);
+                last = n;
+            }
+        });
     });
     first.join();
     second.join();

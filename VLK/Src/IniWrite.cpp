@@ -204,7 +204,7 @@ void CIniFile_::ReplaceFile()
         wait.Again();
     }
     m_LockFile.Reset();
-    if (Platform::ErrorCode const error = Platform::MoveFile(lockName, name); error != Platform::Success)
+    if (Platform::ErrorCode const error = Platform::PutInPlace(lockName, name); error != Platform::Success)
         RaiseIo(error);
     Platform::MakePrivate(name);
 }

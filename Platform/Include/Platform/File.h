@@ -35,6 +35,9 @@ std::size_t WriteFile(FileHandle file, void const * data, std::size_t size, Erro
 ErrorCode DeleteFile(std::string const & path) noexcept;
 /// Renames; an existing target is replaced in one step.
 ErrorCode MoveFile(std::string const & from, std::string const & to) noexcept;
+/// MoveFile to a name that others open and replace as well. Windows: a target that was deleted while somebody else had
+/// it open for a moment bars its name until that one is through; this waits for it, up to 250 ms.
+ErrorCode PutInPlace(std::string const & from, std::string const & to) noexcept;
 /// Readable and writable by the owner alone. Windows: writable; for whom, its folder says.
 ErrorCode MakePrivate(std::string const & path) noexcept;
 /// As fopen, but always in binary, and not inherited by child processes. Null with the reason in LastError.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <io.h>
+#include <thread>
 
 #include "Platform/Clock.h"
 #include "Platform/Native/SockAddr.h" // the system's interface without its second names for ours
@@ -35,6 +36,11 @@ bool IsInherited(HANDLE file)
     DWORD flags = HANDLE_FLAG_INHERIT;
     EXPECT_NE(0, ::GetHandleInformation(file, &flags));
     return (flags & HANDLE_FLAG_INHERIT) != 0;
+}
+
+bool IsShutOut(ErrorCode error)
+{
+    return error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
 }
 
 TEST(FileTest, FilesAreNotInherited)
@@ -107,6 +113,22 @@ TEST(FileTest, AFileOnItsWayOutIsThereOrGoneForWhoWantsToMakeIt)
     ::CloseHandle(holder);
     Platform::DeleteFile(path);
     EXPECT_EQ(Success, Attempt(path, FileMode::CreateExclusive));
+}
+
+TEST(FileTest, AFileInTheWayForAMomentIsReplacedOnceItIsFree)
+{
+    const CTempDirectory directory;
+    const std::string fresh = directory.Write("a", "new");
+    const std::string path = directory.Write("b", "old");
+    FileHandle handle = NoFile;
+    ASSERT_EQ(Success, Platform::OpenFile(handle, path, FileMode::ReadExisting));
+    CFileHandle reader(handle);
+    EXPECT_TRUE(IsShutOut(Platform::MoveFile(fresh, path)));
+    EXPECT_TRUE(IsShutOut(Platform::PutInPlace(fresh, path))) << "nobody waits for ever";
+    std::thread last([&] { reader.Reset(); });
+    EXPECT_EQ(Success, Platform::PutInPlace(fresh, path));
+    last.join();
+    EXPECT_EQ("new", directory.Read("b"));
 }
 
 TEST(FileTest, PipesAreRefused)
