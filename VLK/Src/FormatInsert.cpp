@@ -124,14 +124,15 @@ CFormatStream & CFormatStream::Insert(TValue value)
     });
 }
 
-template CFormatStream & CFormatStream::Insert(int);
-template CFormatStream & CFormatStream::Insert(unsigned int);
-template CFormatStream & CFormatStream::Insert(long long);
-template CFormatStream & CFormatStream::Insert(unsigned long long);
-template void CFormatStream::PrintInt(int);
-template void CFormatStream::PrintInt(unsigned int);
-template void CFormatStream::PrintInt(long long);
-template void CFormatStream::PrintInt(unsigned long long);
+// Used by what the header has in line.
+template VLK_API CFormatStream & CFormatStream::Insert(int);
+template VLK_API CFormatStream & CFormatStream::Insert(unsigned int);
+template VLK_API CFormatStream & CFormatStream::Insert(long long);
+template VLK_API CFormatStream & CFormatStream::Insert(unsigned long long);
+template VLK_API void CFormatStream::PrintInt(int);
+template VLK_API void CFormatStream::PrintInt(unsigned int);
+template VLK_API void CFormatStream::PrintInt(long long);
+template VLK_API void CFormatStream::PrintInt(unsigned long long);
 
 CFormatStream & CFormatStream::operator<<(long value)
 {

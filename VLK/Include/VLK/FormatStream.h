@@ -181,7 +181,7 @@ protected:
 
 private:
     // The owned copy of the format text: nearly all formats fit into the object.
-    class CFormatText {
+    class VLK_API CFormatText {
     public:
         CFormatText() noexcept = default;
         CFormatText(CFormatText const &) = delete;

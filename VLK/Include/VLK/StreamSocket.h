@@ -205,7 +205,7 @@ private:
     void ReceiveBlock(Exceptions::CThrowState & state, std::FILE * file, unsigned long long size);
     void Refill();
     unsigned char TakeByte();
-    void Advance(std::size_t bytes) noexcept;
+    inline void Advance(std::size_t bytes) noexcept;
     void Discard(unsigned long long bytes);
     unsigned int Classify(Exceptions::CThrowState & state, unsigned int byte, unsigned long long & value);
     unsigned long long ReadNumber(Exceptions::CThrowState & state, unsigned long long positiveLimit,

@@ -113,7 +113,7 @@ private:
 template <class CB>
 class TWaitable : public Internals::CSyncObject {
 public:
-    TWaitable() noexcept : m_pBlock(nullptr) {}
+    TWaitable() noexcept;
     TWaitable(TWaitable const & other) noexcept;
     TWaitable & operator=(TWaitable const & other) noexcept;
     virtual ~TWaitable();
@@ -123,12 +123,23 @@ public:
 
 protected:
     /// Takes over the caller's reference.
-    explicit TWaitable(CB * block) noexcept : m_pBlock(block) {}
+    explicit TWaitable(CB * block) noexcept;
     /// Takes over the caller's reference and drops the one held.
     void SetBlock(CB * block) noexcept;
 
     CB * m_pBlock;
 };
+
+// All of it stands here: a compiler for Windows doesn't export what stands inside of the class.
+template <class CB>
+TWaitable<CB>::TWaitable() noexcept : m_pBlock(nullptr)
+{
+}
+
+template <class CB>
+TWaitable<CB>::TWaitable(CB * block) noexcept : m_pBlock(block)
+{
+}
 
 template <class CB>
 TWaitable<CB>::TWaitable(TWaitable const & other) noexcept : CSyncObject(), m_pBlock(other.m_pBlock)

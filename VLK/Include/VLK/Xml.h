@@ -66,21 +66,15 @@ class TNodeAccess : public TBase {
 public:
     using TBase::TBase;
 
-    xml_text text() const { return TBase::text(); }
+    xml_text text() const;
 
-    xml_attribute attribute(char_t const * name) const { return TBase::attribute(name); }
-    xml_attribute first_attribute() const { return TBase::first_attribute(); }
-    xml_attribute last_attribute() const { return TBase::last_attribute(); }
-    xml_attribute append_attribute(char_t const * name) { return TBase::append_attribute(name); }
-    xml_attribute prepend_attribute(char_t const * name) { return TBase::prepend_attribute(name); }
-    xml_attribute insert_attribute_after(char_t const * name, CAttribute const & place)
-    {
-        return TBase::insert_attribute_after(name, place);
-    }
-    xml_attribute insert_attribute_before(char_t const * name, CAttribute const & place)
-    {
-        return TBase::insert_attribute_before(name, place);
-    }
+    xml_attribute attribute(char_t const * name) const;
+    xml_attribute first_attribute() const;
+    xml_attribute last_attribute() const;
+    xml_attribute append_attribute(char_t const * name);
+    xml_attribute prepend_attribute(char_t const * name);
+    xml_attribute insert_attribute_after(char_t const * name, CAttribute const & place);
+    xml_attribute insert_attribute_before(char_t const * name, CAttribute const & place);
 
     xml_node child(char_t const * name) const;
     xml_node first_child() const;
@@ -104,9 +98,9 @@ public:
     xml_node insert_child_before(char_t const * name, CNode const & place);
     xml_node insert_child_before(xml_node_type type, CNode const & place);
     xml_node append_copy(CNode const & original);
-    xml_attribute append_copy(CAttribute const & original) { return TBase::append_copy(original); }
+    xml_attribute append_copy(CAttribute const & original);
     xml_node prepend_copy(CNode const & original);
-    xml_attribute prepend_copy(CAttribute const & original) { return TBase::prepend_copy(original); }
+    xml_attribute prepend_copy(CAttribute const & original);
 
     xpath_node select_node(char_t const * query, xpath_variable_set * variables = nullptr) const;
     xpath_node select_node(xpath_query const & query) const;
@@ -151,6 +145,57 @@ public:
                    xml_encoding encoding = encoding_auto) const;
 };
 
+// All of it stands here: a compiler for Windows doesn't export what stands inside of the class.
+template <class TBase>
+xml_text TNodeAccess<TBase>::text() const
+{
+    return TBase::text();
+}
+template <class TBase>
+xml_attribute TNodeAccess<TBase>::attribute(char_t const * name) const
+{
+    return TBase::attribute(name);
+}
+template <class TBase>
+xml_attribute TNodeAccess<TBase>::first_attribute() const
+{
+    return TBase::first_attribute();
+}
+template <class TBase>
+xml_attribute TNodeAccess<TBase>::last_attribute() const
+{
+    return TBase::last_attribute();
+}
+template <class TBase>
+xml_attribute TNodeAccess<TBase>::append_attribute(char_t const * name)
+{
+    return TBase::append_attribute(name);
+}
+template <class TBase>
+xml_attribute TNodeAccess<TBase>::prepend_attribute(char_t const * name)
+{
+    return TBase::prepend_attribute(name);
+}
+template <class TBase>
+xml_attribute TNodeAccess<TBase>::append_copy(CAttribute const & original)
+{
+    return TBase::append_copy(original);
+}
+template <class TBase>
+xml_attribute TNodeAccess<TBase>::prepend_copy(CAttribute const & original)
+{
+    return TBase::prepend_copy(original);
+}
+template <class TBase>
+xml_attribute TNodeAccess<TBase>::insert_attribute_after(char_t const * name, CAttribute const & place)
+{
+    return TBase::insert_attribute_after(name, place);
+}
+template <class TBase>
+xml_attribute TNodeAccess<TBase>::insert_attribute_before(char_t const * name, CAttribute const & place)
+{
+    return TBase::insert_attribute_before(name, place);
+}
 template <class TBase>
 xml_node TNodeAccess<TBase>::child(char_t const * name) const
 {
