@@ -6,10 +6,9 @@
 #include <VLK/StreamSocket.h>
 #include <VLK/Threads.h>
 #include <VLK/Waiter.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 
 #include "Reading.h"
+#include "SystemSockets.h"
 #include "Uses.h"
 
 using namespace VLK;
@@ -42,7 +41,8 @@ public:
     {
         sockaddr_in address{};
         socklen_t size = sizeof address;
-        ::getsockname(static_cast<int>(m_listener.GetSocket()), reinterpret_cast<sockaddr *>(&address), &size);
+        ::getsockname(static_cast<CSystemSocket>(m_listener.GetSocket()), reinterpret_cast<sockaddr *>(&address),
+                      &size);
         return ntohs(address.sin_port);
     }
     bool HasEnded() { return m_thread.Wait(kDeadline) == URET_OK; }
@@ -95,6 +95,7 @@ void Ask(CVlkSocketClient & stream)
 
 void UseStreamProtocol()
 {
+    CSystemSockets const sockets;
     CReadingServer server;
     CSocket socket;
     socket.SetTimeout(kDeadline);

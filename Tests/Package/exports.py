@@ -15,6 +15,25 @@ def exported_symbols(nm, library):
     return [line.split(" ", 2)[2] for line in lines]
 
 
+def headers_of_dll(objdump, library):
+    """What the file says of itself, its tables of imports and exports among it."""
+    return subprocess.run([objdump, "-p", library], check=True, capture_output=True, text=True).stdout
+
+
+def exported_by_dll(objdump, library):
+    """The demangled names of the export table."""
+    table = headers_of_dll(objdump, library).split("[Ordinal/Name Pointer] Table", 1)
+    if len(table) == 1:
+        return []
+    names = re.findall(r"^\t\[ *\d+\]\s+(?:\+base\[ *\d+\]\s+[0-9a-f]+\s+)?(\S+)$", table[1], re.MULTILINE)
+    return demangled(names)
+
+
+def demangled(names):
+    return subprocess.run(["c++filt"], input="\n".join(names), check=True, capture_output=True,
+                          text=True).stdout.splitlines()
+
+
 def _without_brackets(text):
     """Without template arguments: what stands between < and >, but for the operators that are made of these."""
     text = re.sub(r"operator(?:<=>|<<=?|>>=?|<=?|>=?|->\*?)", "operator", text)

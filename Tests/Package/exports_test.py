@@ -7,8 +7,10 @@ import unittest
 
 import abi
 import exports
-from installation import CXX, HEADERS, LIBRARY, NM, SOURCE, fails, run, tree
+from installation import CXX, HEADERS, NM, SOURCE, fails, run, tree
+from target import system
 
+LIBRARY = system.library_file
 HERE = os.path.dirname(os.path.abspath(__file__))
 LIST = os.path.join(HERE, "exported.txt")
 DUMP = os.path.join(HERE, "KXRA_MIB.abi.xz")
@@ -18,7 +20,7 @@ class ExportTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.entries = exports.read_list(LIST)
-        cls.symbols = exports.exported_symbols(NM, LIBRARY)
+        cls.symbols = system.exported_symbols()
 
     def test_what_is_exported_stands_in_the_list(self):
         strange = [symbol for symbol in self.symbols if symbol not in exports.HOST_FUNCTIONS and
@@ -49,9 +51,10 @@ class HeaderNeedsTest(unittest.TestCase):
     def undefined(self, source, *options):
         with tempfile.TemporaryDirectory() as work:
             compiled = os.path.join(work, "source.o")
-            run(CXX, "-std=c++20", "-I" + HEADERS, *options, "-c", "-x", "c++", "-", "-o", compiled, input=source)
-            lines = run(NM, "-C", "-u", compiled).splitlines()
-        return {line.split(" U ")[1] for line in lines if " U " in line}
+            run(CXX, "-std=c++20", "-I" + HEADERS, *system.header_options, *options, "-c", "-x", "c++", "-", "-o", compiled,
+                input=source)
+            names = re.findall(r"\bU (?:__imp_)?(\S+)", run(NM, "-u", compiled))
+        return set(exports.demangled(names))
 
     def includes(self):
         return "".join(f'#include "{path[1:]}"\n' for path in sorted(tree(HEADERS)) if path.startswith("/VLK/") and
@@ -61,7 +64,7 @@ class HeaderNeedsTest(unittest.TestCase):
         needed = {name for name in self.undefined(self.includes(), "-fkeep-inline-functions")
                   if re.match(r"(?:[\w ]+ )?VLK::", name)}
         self.assertGreater(len(needed), 50)
-        self.assertEqual([], sorted(needed - set(exports.exported_symbols(NM, LIBRARY))))
+        self.assertEqual([], sorted(needed - set(system.exported_symbols())))
 
     def test_no_object_needs_the_platform_layer_to_come_and_go(self):
         classes = [name for kind, name in sorted(exports.read_list(LIST)) if kind == "class" and

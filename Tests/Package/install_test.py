@@ -4,11 +4,12 @@ import stat
 import sys
 import unittest
 
-from installation import (BUILD, BUILD_TYPE, CMAKE, HEADERS, LIB, PREFIX, ROOT, SOURCE, WORK, empty_directory, fails,
-                          install, read, run, tree, write)
+from installation import (BUILD, BUILD_TYPE, CMAKE, EMULATOR, HEADERS, LIB, PREFIX, ROOT, SOURCE, WORK, empty_directory,
+                          fails, install, read, run, tree, write)
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 REGISTRY = "/etc/kestrix/registry.reg"
+SYSTEM = "Windows" if EMULATOR else "Posix"
 
 
 def uninstall(root, prefix="/usr/local"):
@@ -23,9 +24,9 @@ class PlacesTest(unittest.TestCase):
         empty_directory(ROOT)
         install(ROOT)
 
-    def test_everything_lies_where_the_filesystem_standard_wants_it(self):
+    def test_everything_lies_where_its_users_look_for_it(self):
         expected = set()
-        for line in read(os.path.join(HERE, "places.txt")).splitlines():
+        for line in read(os.path.join(HERE, SYSTEM, "places.txt")).splitlines():
             if not line.startswith("#"):
                 expected.add(line.replace("<prefix>", "/usr/local").replace("<lib>", LIB)
                              .replace("<build>", BUILD_TYPE.lower()))
@@ -35,7 +36,7 @@ class PlacesTest(unittest.TestCase):
 
     def test_every_public_header_is_there_and_no_other(self):
         expected = set()
-        for base, folder in (("Platform/Include", "Platform"), ("Platform/Posix/Include", "Platform"),
+        for base, folder in (("Platform/Include", "Platform"), (f"Platform/{SYSTEM}/Include", "Platform"),
                              ("VLK/Include", "VLK"), (".", "Snmp")):
             top = os.path.join(SOURCE, base)
             for directory, _, names in os.walk(os.path.join(top, folder)):
@@ -44,14 +45,16 @@ class PlacesTest(unittest.TestCase):
         present = {path[1:] for path in tree(HEADERS) if not path.endswith("/")}
         self.assertEqual(sorted(expected), sorted(present))
 
-    def test_pass_phrases_are_for_the_owner_alone(self):
-        self.assertEqual(0o600, stat.S_IMODE(os.stat(ROOT + "/etc/kestrix/kxra-snmpd.conf").st_mode))
-        self.assertEqual(0o644, stat.S_IMODE(os.stat(ROOT + REGISTRY).st_mode))
-
     def test_no_file_names_the_tree_it_was_built_in(self):
         for path in tree(PREFIX):
             if path.endswith((".cmake", ".pc", ".service", ".conf", ".txt")):
                 self.assertNotIn(SOURCE, read(PREFIX + path), path)
+
+
+class ConfigurationTest(unittest.TestCase):
+    def test_pass_phrases_are_for_the_owner_alone(self):
+        self.assertEqual(0o600, stat.S_IMODE(os.stat(ROOT + "/etc/kestrix/kxra-snmpd.conf").st_mode))
+        self.assertEqual(0o644, stat.S_IMODE(os.stat(ROOT + REGISTRY).st_mode))
 
 
 class UninstallTest(unittest.TestCase):

@@ -10,13 +10,14 @@ LIB = os.environ["KXRA_LIB"]
 CMAKE = os.environ["KXRA_CMAKE"]
 CXX = os.environ["KXRA_CXX"]
 NM = os.environ["KXRA_NM"]
+OBJDUMP = os.environ["KXRA_OBJDUMP"]
 SANITIZE = os.environ["KXRA_SANITIZE"]
+EMULATOR = os.environ["KXRA_EMULATOR"]  # what runs programs of Windows here; empty for a build for this system
 
 WORK = os.path.join(BUILD, "package")
 ROOT = os.path.join(WORK, "root")  # a system that the product is installed in
 PREFIX = ROOT + "/usr/local"
 HEADERS = PREFIX + "/include/kxra"
-LIBRARY = f"{PREFIX}/{LIB}/KXRA_MIB.so"
 
 
 def run(*command, **options):

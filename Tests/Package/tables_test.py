@@ -1,7 +1,6 @@
 """The tables of KXRA_MIB.dll: what it exports, and what it asks the system for."""
 import os
 import re
-import subprocess
 import sys
 import unittest
 
@@ -24,25 +23,11 @@ SYSTEM_LIBRARIES = {"advapi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "
 IN_HEADERS = {("class", "VLK::Strings::CStringEx"), ("class", "VLK::Threading::CSyncCounter")}
 
 
-def headers(library):
-    return subprocess.run([OBJDUMP, "-p", library], check=True, capture_output=True, text=True).stdout
-
-
-def exported_symbols(library):
-    """The demangled names of the export table."""
-    table = headers(library).split("[Ordinal/Name Pointer] Table", 1)
-    if len(table) == 1:
-        return []
-    names = re.findall(r"^\t\[ *\d+\]\s+(?:\+base\[ *\d+\]\s+[0-9a-f]+\s+)?(\S+)$", table[1], re.MULTILINE)
-    return subprocess.run(["c++filt"], input="\n".join(names), check=True, capture_output=True,
-                          text=True).stdout.splitlines()
-
-
 class ExportTableTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.entries = exports.read_list(os.path.join(HERE, "exported.txt")) | IN_HEADERS
-        cls.symbols = exported_symbols(LIBRARY)
+        cls.symbols = exports.exported_by_dll(OBJDUMP, LIBRARY)
 
     def test_the_five_functions_are_there_and_no_dllmain(self):
         self.assertEqual(HOST_FUNCTIONS, {symbol for symbol in self.symbols if "::" not in symbol})
@@ -57,13 +42,13 @@ class ExportTableTest(unittest.TestCase):
         self.assertEqual([], sorted(self.entries - present - IN_HEADERS))
 
     def test_an_extension_without_the_foundation_exports_the_five_functions_alone(self):
-        self.assertEqual(sorted(HOST_FUNCTIONS), sorted(exported_symbols(PROBE)))
+        self.assertEqual(sorted(HOST_FUNCTIONS), sorted(exports.exported_by_dll(OBJDUMP, PROBE)))
 
 
 class ImportTableTest(unittest.TestCase):
     def test_only_libraries_of_the_system_are_asked_for(self):
         for library in (LIBRARY, PROBE):
-            needed = {name.lower() for name in re.findall(r"DLL Name: (\S+)", headers(library))}
+            needed = {name.lower() for name in re.findall(r"DLL Name: (\S+)", exports.headers_of_dll(OBJDUMP, library))}
             self.assertIn("kernel32.dll", needed)
             self.assertEqual(set(), needed - SYSTEM_LIBRARIES, library)
 

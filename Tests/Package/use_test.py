@@ -4,19 +4,16 @@ import os
 import sys
 import unittest
 
-from installation import CMAKE, CXX, HEADERS, LIB, PREFIX, SANITIZE, SOURCE, WORK, empty_directory, run, tree, write
+from installation import CMAKE, CXX, HEADERS, LIB, PREFIX, SOURCE, WORK, empty_directory, run, tree, write
+from target import system
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 
 
-def flags():
-    return f"-fsanitize={SANITIZE} -fno-omit-frame-pointer" if SANITIZE else ""
-
-
 def build(source, directory, *options, target="all"):
     """Configures a project on the installation and builds a target of it."""
-    run(CMAKE, "-S", source, "-B", empty_directory(directory), "-G", "Ninja", "-DCMAKE_PREFIX_PATH=" + PREFIX,
-        "-DCMAKE_CXX_COMPILER=" + CXX, "-DCMAKE_CXX_FLAGS=" + flags(), *options)
+    run(CMAKE, "-S", source, "-B", empty_directory(directory), "-G", "Ninja", *system.options,
+        *([f"-DCMAKE_CXX_FLAGS={system.compile_flags}"] if system.compile_flags else []), *options)
     run(CMAKE, "--build", directory, "--target", target)
 
 
@@ -24,25 +21,25 @@ class ConsumerTest(unittest.TestCase):
     """A module of somebody else's that uses every family of the foundation, and an extension on the agent frame."""
 
     def use(self, foundation):
+        """Builds and runs it; the libraries that it asks for."""
         directory = os.path.join(WORK, "consumer_" + foundation.split("::")[1])
         build(os.path.join(SOURCE, "Tests/Consumer"), directory, "-DCONSUMER_FOUNDATION=" + foundation,
               target="kxra_consumer")
         data = empty_directory(os.path.join(directory, "data"))
-        self.assertIn("all families used", run(os.path.join(directory, "kxra_consumer"), data))
-        return directory
+        program = os.path.join(directory, "kxra_consumer")
+        self.assertIn("all families used", system.run(program, data))
+        return system.needs(program)
 
     def test_the_foundation_can_be_linked_in(self):
-        directory = self.use("KXRA::VLK")
-        self.assertNotIn("KXRA_MIB", run("readelf", "-d", os.path.join(directory, "kxra_consumer")))
-
-    def test_an_extension_of_ones_own_is_loaded_by_the_service(self):
-        directory = os.path.join(WORK, "consumer_extension")
-        build(os.path.join(SOURCE, "Tests/Consumer"), directory, target="SensorExtension")
-        run(PREFIX + "/sbin/kxra-snmpd", "--check", "--library", directory + "/SensorExtension.so")
+        self.assertNotIn(system.library, self.use("KXRA::VLK"))
 
     def test_the_foundation_can_be_shared_with_the_agent(self):
-        directory = self.use("KXRA::Foundation")
-        self.assertIn("[KXRA_MIB.so]", run("readelf", "-d", os.path.join(directory, "kxra_consumer")))
+        self.assertIn(system.library, self.use("KXRA::Foundation"))
+
+    def test_an_extension_of_ones_own_is_loaded_by_a_host(self):
+        directory = os.path.join(WORK, "consumer_extension")
+        build(os.path.join(SOURCE, "Tests/Consumer"), directory, target="SensorExtension")
+        system.serve(directory + "/SensorExtension")
 
 
 class PackageTest(unittest.TestCase):
@@ -61,7 +58,7 @@ class PackageTest(unittest.TestCase):
             }""")
         options = run("pkg-config", "--cflags", "--libs", "kxra",
                       env={**os.environ, "PKG_CONFIG_PATH": f"{PREFIX}/{LIB}/pkgconfig"}).split()
-        run(CXX, "-std=c++20", *flags().split(), work + "/program.cpp", *options, "-o", work + "/program")
+        run(CXX, "-std=c++20", *system.compile_flags.split(), work + "/program.cpp", *options, "-o", work + "/program")
         run(work + "/program")
 
 
@@ -71,7 +68,7 @@ class HeaderTest(unittest.TestCase):
 
         def include(header):
             run(CXX, "-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow",
-                "-Werror", "-I" + HEADERS, "-x", "c++", "-", input=f'#include "{header[1:]}"\n')
+                "-Werror", "-I" + HEADERS, *system.header_options, "-x", "c++", "-", input=f'#include "{header[1:]}"\n')
 
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
             for _ in pool.map(include, headers):
