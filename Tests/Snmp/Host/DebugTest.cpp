@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "DebugFakes.h"
+#include "DebugFixture.h"
 #include "Platform/Error.h"
 #include "Platform/Host.h"
 #include "Platform/NamedMutex.h"
@@ -26,59 +27,9 @@ using testing::ElementsAre;
 
 namespace {
 
-constexpr char App[] = "TESTAPP";
 constexpr std::size_t MiB = 1U << 20;
 constexpr char TooSmall[] = "\n################# CDebug::Trace() - BUFFER TOO SMALL - FIXME! #################";
 constexpr char Exception[] = "\n\n################# EXCEPTION in CDebug::Trace() #################\n";
-
-/// A text as it stands in a wide file, without the mark at its start.
-std::string Wide(std::string const & ascii)
-{
-    std::string bytes;
-    for (const char c : ascii)
-        bytes += {c, '\0'};
-    return bytes;
-}
-
-class DebugTest : public testing::Test {
-protected:
-    DebugTest() { DebugFakes::SetLocalTime({2024, 3, 9, 7, 5, 4, 12}); }
-    ~DebugTest() override
-    {
-        Configure("\"FileDebugLevel\"=dword:0\n"); // the levels of a test must not outlive it
-        DebugFakes::AllowConsole(true);
-    }
-
-    /// The values of the application, one line each in the registry's form; dynamicUpdate in seconds.
-    void WriteRegistry(std::string const & values, unsigned dynamicUpdate = 0)
-    {
-        m_registry.Write("[HKLM\\SOFTWARE\\Debug]\n\"DynamicUpdate\"=dword:" + std::to_string(dynamicUpdate) +
-                         "\n[HKLM\\SOFTWARE\\Debug\\" + m_app + "]\n" + values);
-    }
-    void Configure(std::string const & values, unsigned dynamicUpdate = 0)
-    {
-        WriteRegistry(values, dynamicUpdate);
-        CDebug::Init(m_app.c_str(), /*writeBanner=*/false);
-        DebugFakes::ClearOutputs();
-    }
-    std::string File(char const * level, std::string const & more = "")
-    {
-        return std::string("\"FileDebugLevel\"=dword:") + level + '\n' + TraceFile(Path()) + more;
-    }
-    static std::string TraceFile(std::string const & path)
-    {
-        return "\"TraceFile\"=" + CRegistryFixture::Quoted(path) + '\n';
-    }
-    std::string Path() const { return m_directory.File("trace.log"); }
-    std::string Trace() const { return m_directory.Read("trace.log"); }
-    /// A file that makes all further output narrow; what is traced stands behind its first byte.
-    void StartNarrow() const { m_directory.Write("trace.log", "#"); }
-    static std::vector<std::string> Lines() { return DebugFakes::DebuggerLines(); }
-
-    std::string m_app = App;
-    CTempDirectory m_directory;
-    CRegistryFixture m_registry;
-};
 
 constexpr char Debugger[] = "\"WinDebugLevel\"=dword:6\n";
 constexpr char Console[] = "\"ConDebugLevel\"=dword:6\n";
@@ -87,7 +38,7 @@ constexpr char Console[] = "\"ConDebugLevel\"=dword:6\n";
 
 TEST_F(DebugTest, WithoutARegistryTheTraceIsOff)
 {
-    CDebug::Init(App, /*writeBanner=*/true);
+    CDebug::Init(m_app.c_str(), /*writeBanner=*/true);
     EXPECT_FALSE(CDebug::Enabled());
 }
 
@@ -145,12 +96,12 @@ TEST_F(DebugTest, WithoutTheApplicationsKeyTheLevelsKeepTheirOldValuesAndTheSwit
 {
     Configure(std::string(Debugger) + "\"AppNameOn\"=dword:1\n", 1);
     m_registry.Write("[HKLM\\SOFTWARE\\Debug]\n\"DynamicUpdate\"=dword:1\n");
-    CDebug::Init(App, /*writeBanner=*/false);
+    CDebug::Init(m_app.c_str(), /*writeBanner=*/false);
     EXPECT_TRUE(CDebug::Enabled());
     CDebug::Trace(6, "still");
     EXPECT_THAT(Lines(), ElementsAre("still\n"));
     m_registry.Write("");
-    CDebug::Init(App, /*writeBanner=*/false);
+    CDebug::Init(m_app.c_str(), /*writeBanner=*/false);
     EXPECT_FALSE(CDebug::Enabled());
 }
 
@@ -174,7 +125,7 @@ TEST_F(DebugTest, BannerTellsNameAndTime)
 {
     WriteRegistry(Console);
     DebugFakes::ClearOutputs();
-    CDebug::Init(App, /*writeBanner=*/true);
+    CDebug::Init(m_app.c_str(), /*writeBanner=*/true);
     EXPECT_EQ("\n\n----- Application [TESTAPP] started at 07:05:04 03/09/2024 -----\n", DebugFakes::ConsoleText());
 }
 
@@ -309,15 +260,6 @@ TEST_F(DebugTest, AWideRunHasAsManyUnitsAsItHadBytes)
     CDebug::Trace(1, "a%s\nb", letter.c_str());
     const std::string rest(2 * (letter.size() - 1), '\0');
     EXPECT_EQ("\xFF\xFE" + std::string("a\0\xFC\0", 4) + rest + Wide("\r\nb"), Trace());
-}
-
-TEST_F(DebugTest, AWideRunThatIsNoTextIsReplaced)
-{
-    std::u16string units;
-    if (Platform::ToUtf16("\xFF", 1, units)) GTEST_SKIP() << "each byte is a character of this system's set";
-    Configure(File("1"));
-    CDebug::Trace(1, "a\xFF\nb");
-    EXPECT_EQ("\xFF\xFE" + Wide("### MBCS-to-UNICODE conversion failed ###\n\r\nb"), Trace());
 }
 
 namespace {
