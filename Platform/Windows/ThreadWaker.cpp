@@ -101,6 +101,7 @@ void TakeWakeUp(SThreadWaker & self) noexcept
     // Runs what is queued, or calls would heap up where each wake-up finds the thread outside of a wait. The mark
     // goes last: a wake-up in between is part of this one, and what came before it is seen.
     ::SleepEx(0, /*bAlertable=*/TRUE);
+    self.queued.exchange(false, std::memory_order_acq_rel);
     self.pending.exchange(false, std::memory_order_acq_rel);
 }
 
@@ -121,8 +122,11 @@ void WakeThread(WakerHandle waker) noexcept
 {
     if (waker == nullptr) return;
     const CLastErrorKeeper keeper; // the call for a thread that has ended fails
-    if (waker->pending.exchange(true, std::memory_order_acq_rel)) return;
-    ::QueueUserAPC(CallThatEndsAWait(), waker->thread.Get(), 0);
+    waker->pending.store(true, std::memory_order_release);
+    if (waker->queued.exchange(true, std::memory_order_acq_rel)) return;
+    // Without memory for the call the wait goes on until the next wake-up gets one.
+    if (::QueueUserAPC(CallThatEndsAWait(), waker->thread.Get(), 0) == 0)
+        waker->queued.store(false, std::memory_order_release);
 }
 
 } // namespace Platform

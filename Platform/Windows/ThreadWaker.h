@@ -19,6 +19,7 @@ struct SThreadWaker {
 
     std::atomic<std::uint32_t> references{1};
     std::atomic<bool> pending{false};
+    std::atomic<bool> queued{false}; ///< a call was queued since the last answer; false where the system refused one
     const CSystemHandle thread;
 };
 
