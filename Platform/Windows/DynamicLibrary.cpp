@@ -1,5 +1,6 @@
 #include "Platform/DynamicLibrary.h"
 
+#include "NoQuestions.h"
 #include "Platform/Error.h"
 #include "System.h"
 
@@ -15,21 +16,6 @@ std::string FullPath(std::string const & file)
     path.resize(::GetFullPathNameA(file.c_str(), static_cast<DWORD>(path.size()), path.data(), nullptr));
     return path;
 }
-
-/// Keeps the system from asking the user about a file that is no library; the caller gets the reason.
-class CNoQuestions {
-public:
-    CNoQuestions() noexcept
-    {
-        ::SetThreadErrorMode(::GetThreadErrorMode() | SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &m_former);
-    }
-    ~CNoQuestions() { ::SetThreadErrorMode(m_former, nullptr); }
-    CNoQuestions(CNoQuestions const &) = delete;
-    CNoQuestions & operator=(CNoQuestions const &) = delete;
-
-private:
-    DWORD m_former = 0;
-};
 
 /// The library's handle, or null with the system's error.
 HMODULE Load(std::string const & path, ErrorCode & error) noexcept

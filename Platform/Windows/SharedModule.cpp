@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "../MangledName.h"
+#include "NoQuestions.h"
 #include "System.h"
 
 namespace Platform {
@@ -33,7 +34,9 @@ ModuleHandle OpenSharedModule(char const * baseName) noexcept
     if (::GetModuleHandleExA(/*dwFlags=*/0, fileName, &module) != FALSE) return module;
     // A library may be the one that is being loaded, and then the loader's lock is held, under which no other may be
     // loaded. A program's own code runs behind that.
-    return LiesInTheProgram() ? ::LoadLibraryExA(fileName, nullptr, 0) : nullptr;
+    if (!LiesInTheProgram()) return nullptr;
+    CNoQuestions const quiet;
+    return ::LoadLibraryExA(fileName, nullptr, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
 }
 
 void * SharedObject(ModuleHandle module, char const * qualifiedName) noexcept
