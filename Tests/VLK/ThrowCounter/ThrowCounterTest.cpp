@@ -1,14 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <string>
 
-#include "LoaderPath.h"
 #include "Platform/SharedModule.h"
-#include "Support/ScopedVariable.h"
+#include "ProgramWithLibrary.h"
 
 // The counter of threads with throwing disabled, in processes with and without the library that shares it.
 
@@ -18,7 +16,6 @@ constexpr char LibraryPath[] = KXRA_SHARED_LIBRARY;
 constexpr char EmptyLibraryPath[] = KXRA_EMPTY_LIBRARY; ///< has the name, but not the counter
 constexpr char ModulePath[] = KXRA_MODULE;
 constexpr char OtherModulePath[] = KXRA_OTHER_MODULE;
-constexpr char LibraryFolder[] = KXRA_SHARED_LIBRARY_FOLDER;
 constexpr char ProgramPath[] = KXRA_COUNTER_PROGRAM; ///< tells which counter it uses
 constexpr unsigned int Error = 0;
 
@@ -106,10 +103,8 @@ TEST(ThrowCounterTest, TheLibraryThatTheProcessHasLoadedCounts)
 TEST(ThrowCounterTest, AProgramUsesTheLibraryThatItsLoaderFinds)
 {
     EXPECT_EQ("own 1, in use 1\n", OutputOf(std::string("\"") + ProgramPath + "\""));
-    char const * const before = std::getenv(kLoaderPath);
-    const CScopedVariable path(kLoaderPath,
-                               std::string(LibraryFolder) + kLoaderPathSeparator + (before != nullptr ? before : ""));
-    EXPECT_EQ("own 0, in use 1\n", OutputOf(std::string("\"") + ProgramPath + "\""));
+    const CProgramWithLibrary program(ProgramPath, LibraryPath);
+    EXPECT_EQ("own 0, in use 1\n", OutputOf('"' + program.File() + '"'));
 }
 
 TEST(ThrowCounterTest, ModulesOfAProcessShareTheCounter)
