@@ -16,9 +16,14 @@ namespace {
 using Recorder::Note;
 using Recorder::State;
 
+HRESULT Failure()
+{
+    return static_cast<HRESULT>(State().failure);
+}
+
 HRESULT Answer(std::string call)
 {
-    return Note(std::move(call)) ? static_cast<HRESULT>(State().failure) : S_OK;
+    return Note(std::move(call)) ? Failure() : S_OK;
 }
 
 std::string Narrow(BSTR text)
@@ -151,9 +156,9 @@ public:
 template <class TMade, class TInterface>
 HRESULT HandOut(std::string call, TInterface ** out)
 {
-    HRESULT const result = Answer(std::move(call));
-    if (SUCCEEDED(result)) *out = new TMade;
-    return result;
+    if (Note(std::move(call))) return Failure();
+    *out = new TMade;
+    return S_OK;
 }
 
 class CRestriction : public TObject<INetFwServiceRestriction> {
@@ -224,18 +229,17 @@ HRESULT WINAPI CreateNoted(REFCLSID classId, LPUNKNOWN outer, DWORD context, REF
     *out = nullptr;
     if (classId == __uuidof(NetFwPolicy2)) {
         EXPECT_TRUE(interfaceId == __uuidof(INetFwPolicy2));
-        HRESULT const result = Answer("create policy");
-        if (SUCCEEDED(result)) *out = static_cast<INetFwPolicy2 *>(new CPolicy);
-        return result;
+        if (Note("create policy")) return Failure();
+        *out = static_cast<INetFwPolicy2 *>(new CPolicy);
+        return S_OK;
     }
     EXPECT_TRUE(classId == __uuidof(NetFwRule));
     EXPECT_TRUE(interfaceId == __uuidof(INetFwRule));
     int const number = State().rulesMade + 1;
-    HRESULT const result = Answer("create rule " + std::to_string(number));
-    if (FAILED(result)) return result;
+    if (Note("create rule " + std::to_string(number))) return Failure();
     State().rulesMade = number;
     *out = static_cast<INetFwRule *>(new CRule(number));
-    return result;
+    return S_OK;
 }
 
 /// A function of the system that the import library would have brought.
