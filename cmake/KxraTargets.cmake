@@ -9,6 +9,8 @@ target_compile_options(kxra_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconver
 # What the library needs to be unloadable: no symbols that the loader must keep for good.
 add_library(kxra_options INTERFACE)
 target_compile_options(kxra_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+# A trace takes its lines for texts of the system's set. The German ones are, where German is at home.
+target_compile_options(kxra_options INTERFACE $<$<AND:$<PLATFORM_ID:Windows>,$<CXX_COMPILER_ID:GNU>>:-fexec-charset=CP1252>)
 if(KXRA_SANITIZE)
     target_compile_options(kxra_options INTERFACE -fsanitize=${KXRA_SANITIZE} -fno-omit-frame-pointer
                                                   -fno-sanitize-recover=all)

@@ -423,6 +423,15 @@ class ConfigurationTest(LibraryTest):
         self.assertFalse(any("DllMain" in line for line in lines), "that is of a deeper level")
         self.assertTrue(lines[-1].startswith("----- Application [KXRA_MIB] closed at "), lines[-1])
 
+    def test_the_german_lines_of_the_trace_have_the_systems_letters(self):
+        self.core = self.start_core("--controllers", "0")
+        self.configure(self.core.port, self.trace_to("trace", 2))
+        host = self.start_host()
+        self.start_library(host, FAST)
+        # Where the letter has two bytes, a unit without meaning stands behind the line.
+        traced = lambda: [line.rstrip("\0") for line in self.trace("trace")]
+        self.assertTrue(holds_within(lambda: "Prüfe Event-Flag." in traced()), traced())
+
     def test_the_firewall_is_spoken_to_from_version_6_2_on_where_there_is_one_and_its_refusal_traced(self):
         for version, expected in system.firewall_lines.items():
             with self.subTest(version):

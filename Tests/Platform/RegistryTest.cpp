@@ -62,6 +62,12 @@ std::string Native(std::u16string const & text)
     return FromUtf16(text.data(), text.size());
 }
 
+/// As the editor is told texts.
+std::string Utf8(std::u8string const & text)
+{
+    return std::string(text.begin(), text.end());
+}
+
 } // namespace
 
 TEST_F(RegistryTest, ReadsEveryKindOfValue)
@@ -120,7 +126,7 @@ TEST_F(RegistryTest, ANumberIsReadFromADwordOfFourBytesOnly)
 
 TEST_F(RegistryTest, TextsAndNamesAreOfTheSystemsSet)
 {
-    Import("\"Größe\"=\"süß\"\r\n", "\\Grüße");
+    Import(Utf8(u8"\"Größe\"=\"süß\"\r\n"), Utf8(u8"\\Grüße"));
     EXPECT_EQ(Native(u"süß"), Text(Key("\\" + Native(u"Grüße")), Native(u"Größe")));
     EXPECT_EQ((std::vector<std::string>{Native(u"Größe")}), Names(Key("\\" + Native(u"grÜßE"))));
 }

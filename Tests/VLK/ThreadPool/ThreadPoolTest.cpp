@@ -829,8 +829,8 @@ TEST_F(ThreadPoolTest, TracesTheWayOfAJob)
     EXPECT_THAT(seen[1], MatchesPattern("Threads=[01], Idle=0")); // Enqueue is still at its counting
     seen[1].clear();
     EXPECT_EQ(run, seen);
-    EXPECT_EQ((Texts{"Pool-Thread hat einen neuen Job erhalten", "Pool-Thread hat einen neuen Job ausgef\xC3\xBChrt",
-                     "Pool-Thread hat einen neuen Job erhalten", "Pool-Thread hat einen neuen Job ausgef\xC3\xBChrt"}),
+    EXPECT_EQ((Texts{"Pool-Thread hat einen neuen Job erhalten", "Pool-Thread hat einen neuen Job ausgeführt",
+                     "Pool-Thread hat einen neuen Job erhalten", "Pool-Thread hat einen neuen Job ausgeführt"}),
               CRecordedTrace::TextsOf("VLK::Threading::CThreadPool::Run"));
 }
 
