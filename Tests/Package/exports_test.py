@@ -10,7 +10,7 @@ import exports
 from installation import CXX, HEADERS, NM, SOURCE, fails, run, tree
 from target import system
 
-LIBRARY = system.library_file
+LIBRARY = system.agent_file
 HERE = os.path.dirname(os.path.abspath(__file__))
 LIST = os.path.join(HERE, "exported.txt")
 DUMP = os.path.join(HERE, "KXRA_MIB.abi.xz")

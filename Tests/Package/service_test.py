@@ -50,7 +50,7 @@ class UnitTest(unittest.TestCase):
     def test_the_program_is_content_with_the_example_configuration(self):
         work = empty_directory(os.path.join(WORK, "service"))
         shutil.copytree(ROOT + "/etc/kestrix", work + "/etc")
-        said = run(PREFIX + "/sbin/kxra-snmpd", "--check", "--library", system.library_file, "--listen", "udp:127.0.0.1:0",
+        said = run(PREFIX + "/sbin/kxra-snmpd", "--check", "--library", system.agent_file, "--listen", "udp:127.0.0.1:0",
                    "--config", work + "/etc/kxra-snmpd.conf", "--registry", work + "/etc/registry.reg",
                    "--system-directory", work + "/etc",
                    env={**os.environ, "STATE_DIRECTORY": work + "/state", "SNMPCONFPATH": work})

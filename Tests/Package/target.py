@@ -15,8 +15,8 @@ class ThisSystem:
     compile_flags = f"-fsanitize={SANITIZE} -fno-omit-frame-pointer" if SANITIZE else ""
     options = ("-DCMAKE_PREFIX_PATH=" + PREFIX, "-DCMAKE_CXX_COMPILER=" + CXX)
     header_options = ()  # what others' headers need
-    library = "KXRA_MIB.so"
-    library_file = f"{PREFIX}/{LIB}/{library}"
+    agent = "KXRA_MIB.so"
+    agent_file = f"{PREFIX}/{LIB}/{agent}"
 
     def run(self, program, *files):
         return run(program, *files)
@@ -26,7 +26,7 @@ class ThisSystem:
         return re.findall(r"NEEDED.*\[(.*)\]", run("readelf", "-d", program))
 
     def exported_symbols(self):
-        return exports.exported_symbols(NM, self.library_file)
+        return exports.exported_symbols(NM, self.agent_file)
 
     def serve(self, extension):
         """Has a host of extensions load it and take its region."""
@@ -42,8 +42,8 @@ class Windows:
     options = (f"-DCMAKE_TOOLCHAIN_FILE={SOURCE}/cmake/toolchains/mingw-w64.cmake", f"-DKXRA_DIR={PREFIX}/{LIB}/cmake/KXRA",
                "-DKXRA_WINDOWS_PREFIX=" + libraries)
     header_options = ("-isystem", libraries + "/include", "-DVLK_IMPORT")
-    library = "KXRA_MIB.dll"
-    library_file = f"{PREFIX}/bin/{library}"
+    agent = "KXRA_MIB.dll"
+    agent_file = f"{PREFIX}/bin/{agent}"
 
     @staticmethod
     def path(file):
@@ -57,7 +57,7 @@ class Windows:
         return re.findall(r"DLL Name: (\S+)", run(OBJDUMP, "-p", program + ".exe"))
 
     def exported_symbols(self):
-        return exports.exported_by_dll(OBJDUMP, self.library_file)
+        return exports.exported_by_dll(OBJDUMP, self.agent_file)
 
     def serve(self, extension):
         commands = [f"load {self.path(extension)}.dll", "init", "close", "unload"]

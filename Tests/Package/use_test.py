@@ -31,10 +31,10 @@ class ConsumerTest(unittest.TestCase):
         return system.needs(program)
 
     def test_the_foundation_can_be_linked_in(self):
-        self.assertNotIn(system.library, self.use("KXRA::VLK"))
+        self.assertNotIn(system.agent, self.use("KXRA::VLK"))
 
     def test_the_foundation_can_be_shared_with_the_agent(self):
-        self.assertIn(system.library, self.use("KXRA::Foundation"))
+        self.assertIn(system.agent, self.use("KXRA::Foundation"))
 
     def test_an_extension_of_ones_own_is_loaded_by_a_host(self):
         directory = os.path.join(WORK, "consumer_extension")
