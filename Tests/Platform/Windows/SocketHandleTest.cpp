@@ -41,7 +41,7 @@ TEST(NetworkEventTest, AnAcceptedSocketDoesNotSetTheListenersEvent)
     ASSERT_TRUE(connection.listener.IsQuiet());
     connection.client.socket.Reset();
     EXPECT_NE(0u, connection.server.Await(NetClose) & NetClose);
-    EXPECT_TRUE(connection.listener.IsQuiet());
+    EXPECT_FALSE(Fires(connection.listener.event, 20));
 }
 
 TEST(NetworkEventTest, AnAcceptedSocketThatIsBoundToNothingSetsNoEvent)
@@ -56,8 +56,36 @@ TEST(NetworkEventTest, AnAcceptedSocketThatIsBoundToNothingSetsNoEvent)
     char byte = 0;
     EXPECT_EQ(-1, ReceiveSocket(accepted, &byte, 1, false, error));
     EXPECT_EQ(ErrorWouldBlock(), error) << "it never blocks";
+    ASSERT_TRUE(listener.IsQuiet());
     client.socket.Reset();
-    EXPECT_TRUE(listener.IsQuiet());
+    EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return ReceiveSocket(accepted, &byte, 1, false, error) == 0; }));
+    EXPECT_FALSE(Fires(listener.event, 20));
+}
+
+TEST(NetworkEventTest, AnEventThatWasTakenAwayFromItsSocketIsSetByItNoMore)
+{
+    const SConnection connection;
+    ASSERT_TRUE(connection.server.IsQuiet());
+    ASSERT_EQ(Success, ResetNetworkEvent(connection.server.event.Get()));
+    EXPECT_EQ(1, connection.client.Send("x"));
+    EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return connection.server.Receive(1, /*peek=*/true) == "x"; }));
+    EXPECT_FALSE(Fires(connection.server.event, 20));
+}
+
+TEST(NetworkEventTest, ASendThatTookAPartAloneIsFollowedByWritable)
+{
+    const SConnection connection;
+    const std::string much(std::size_t{64} << 20, 'x'); // more than the system keeps
+    const std::int64_t sent = connection.client.Send(much);
+    ASSERT_GT(sent, 0);
+    ASSERT_LT(sent, static_cast<std::int64_t>(much.size()));
+    std::int64_t received = 0;
+    ASSERT_TRUE(HoldsWithin(kDeadline, [&] {
+        const std::string part = connection.server.Receive(1 << 20);
+        if (part[0] == 'x') received += static_cast<std::int64_t>(part.size());
+        return received == sent;
+    }));
+    EXPECT_EQ(NetWrite, connection.client.Await(NetWrite));
 }
 
 } // namespace
