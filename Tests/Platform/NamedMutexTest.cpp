@@ -116,7 +116,8 @@ TEST(NamedMutexTest, GivesWayToAnotherProcessWithItsLastHandle)
     CNamedMutexHandle second = Open(name);
     ASSERT_TRUE(TakeNamedMutex(first.Get(), 0));
     first.Reset();
-    EXPECT_EQ("refused", CChildProcess(ChildProgram, {name}).ReadLine());
+    CChildProcess witness(ChildProgram, {name}); // has it open, so that it outlives our handles
+    EXPECT_EQ("refused", witness.ReadLine());
     second.Reset();
     EXPECT_EQ("taken", CChildProcess(ChildProgram, {name}).ReadLine());
 }

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "StartedThreads.h"
+#include "Support/ProcessThreads.h"
 
 namespace {
 
@@ -89,9 +90,11 @@ TEST(ThreadTest, ASuspendedThreadBeginsWithItsLastResume)
 TEST(ThreadTest, ClosingTheHandleOfAThreadThatNobodyResumedEndsItWithoutItsBody)
 {
     std::atomic<int> runs{0};
+    const std::size_t before = ProcessThreads();
     {
         const SStarted thread = Start(&Count, &runs, /*suspended=*/true);
     }
+    EXPECT_TRUE(HoldsWithin(kDeadline, [&] { return ProcessThreads() <= before; }));
     EXPECT_EQ(0, runs);
     StartThreadsThatWineMayRefuse();
 }

@@ -144,6 +144,7 @@ TEST(ThreadTest, TheStackHasTheRoomThatWasAsked)
         &room, /*suspended=*/false, asked);
     ASSERT_EQ(WaitResult::Signaled, AwaitEnd(thread));
     EXPECT_GE(room.load(), asked);
+    EXPECT_LT(room.load(), asked + asked / 2) << "and not what the program's own stack has";
 }
 
 } // namespace
