@@ -131,6 +131,37 @@ TEST(FileTest, AFileInTheWayForAMomentIsReplacedOnceItIsFree)
     EXPECT_EQ("new", directory.Read("b"));
 }
 
+TEST(FileTest, AStreamIsOpenedOnceItsFileIsFreeAndNobodyWaitsForEver)
+{
+    const CTempDirectory directory;
+    const std::string path = directory.Write("a", "x");
+    FileHandle handle = NoFile;
+    ASSERT_EQ(Success, Platform::OpenFile(handle, path, FileMode::ReadExisting));
+    CFileHandle reader(handle);
+    const std::uint64_t begun = Platform::MonotonicMs();
+    EXPECT_EQ(nullptr, Platform::OpenStream(path, "a"));
+    EXPECT_EQ(ErrorCode{ERROR_SHARING_VIOLATION}, Platform::LastError());
+    EXPECT_GE(Platform::MonotonicMs() - begun, 150u) << "it was waited for";
+    std::thread last([&] { reader.Reset(); });
+    std::FILE * const stream = Platform::OpenStream(path, "a");
+    last.join();
+    ASSERT_NE(nullptr, stream) << Platform::LastError();
+    std::fclose(stream);
+}
+
+TEST(FileTest, WhatGoesIntoAnAppendingStreamGoesToTheEndWhereverTheWriterThinksItIs)
+{
+    const CTempDirectory directory;
+    std::FILE * const stream = Platform::OpenStream(directory.Write("a", "xy"), "a");
+    ASSERT_NE(nullptr, stream);
+    OVERLAPPED atTheStart{};
+    DWORD written = 0;
+    auto * const file = reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(stream)));
+    EXPECT_NE(FALSE, ::WriteFile(file, "z", 1, &written, &atTheStart));
+    std::fclose(stream);
+    EXPECT_EQ("xyz", directory.Read("a"));
+}
+
 TEST(FileTest, PipesAreRefused)
 {
     const std::string name = R"(\\.\pipe\kxra-test-)" + std::to_string(::GetCurrentProcessId());
