@@ -44,6 +44,16 @@ TEST(ProcessUseTest, TheProcessorIsOneOfTheActiveOnesOfAllGroups)
     EXPECT_LT(processor, ::GetActiveProcessorCount(ALL_PROCESSOR_GROUPS));
 }
 
+TEST(ProcessUseTest, ChildProcessesInheritNoHandleOfAProcess)
+{
+    ProcessHandle process = nullptr;
+    ASSERT_EQ(Success, OpenProcess(process, CurrentProcessId()));
+    const CProcessHandle owner(process);
+    DWORD flags = HANDLE_FLAG_INHERIT;
+    EXPECT_NE(0, ::GetHandleInformation(reinterpret_cast<HANDLE>(process), &flags));
+    EXPECT_EQ(0u, flags & HANDLE_FLAG_INHERIT);
+}
+
 TEST(ProcessUseTest, TheIdleProcessCannotBeOpened)
 {
     ProcessHandle process = nullptr;

@@ -46,6 +46,22 @@ TEST_F(ServiceManagerTest, TheConfigurationIsTheSystemsOwnRecord)
     Platform::CloseService(m_service);
 }
 
+TEST_F(ServiceManagerTest, TheHandlesLetNobodyDoMoreThanConnectAndQuery)
+{
+    ASSERT_EQ(Platform::Success, Open());
+    auto * const service = reinterpret_cast<SC_HANDLE>(m_service);
+    EXPECT_EQ(FALSE, ::DeleteService(service));
+    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
+    EXPECT_EQ(FALSE, ::StartServiceA(service, 0, nullptr));
+    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
+    Platform::CloseService(m_service);
+    DWORD bytes = 0;
+    DWORD services = 0;
+    EXPECT_EQ(FALSE, ::EnumServicesStatusA(reinterpret_cast<SC_HANDLE>(m_manager), SERVICE_WIN32, SERVICE_STATE_ALL,
+                                           nullptr, 0, &bytes, &services, nullptr));
+    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
+}
+
 TEST_F(ServiceManagerTest, ADeletedServiceDoesntExist)
 {
     ASSERT_EQ(0, Sc({"delete", m_name}));
