@@ -35,6 +35,29 @@ TEST(SystemModuleTest, TheHandleOfAListedOrPinnedModuleIsTheSystemsOwn)
     EXPECT_EQ(::GetModuleHandleA("kernel32"), PinModule("kernel32.dll"));
 }
 
+TEST(SystemModuleTest, APinnedModuleStaysHoweverOftenItIsGivenBack)
+{
+    constexpr char name[] = "cabinet.dll"; // of the system, and used by nobody here
+    ASSERT_EQ(nullptr, ::GetModuleHandleA(name));
+    const HMODULE module = ::LoadLibraryA(name);
+    ASSERT_NE(nullptr, module) << ::GetLastError();
+    EXPECT_EQ(module, PinModule(name));
+    for (int i = 0; i < 10; ++i)
+        ::FreeLibrary(module);
+    EXPECT_EQ(module, ::GetModuleHandleA(name));
+}
+
+TEST(SystemModuleTest, AskingForThePathOfALibraryKeepsItNotLoaded)
+{
+    const HMODULE module = ::LoadLibraryA(KXRA_VERSION_PROBE);
+    ASSERT_NE(nullptr, module) << ::GetLastError();
+    const FARPROC inside = ::GetProcAddress(module, "VersionProbe");
+    std::string path;
+    EXPECT_EQ(Success, ModulePath(reinterpret_cast<void const *>(inside), path));
+    EXPECT_NE(FALSE, ::FreeLibrary(module));
+    EXPECT_EQ(nullptr, ::GetModuleHandleA(KXRA_VERSION_PROBE));
+}
+
 TEST(SystemModuleTest, BothDirectoriesOfTheSystemAreThere)
 {
     std::string own;

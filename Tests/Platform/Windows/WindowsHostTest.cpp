@@ -6,9 +6,22 @@
 #include <gtest/gtest.h>
 
 #include "Platform/Environment.h"
+#include "Platform/Native/SockAddr.h" // the system's interface without its second names for ours
 #include "Support/ScopedVariable.h"
 
 using namespace Platform;
+
+namespace {
+
+std::string NameOfKind(COMPUTER_NAME_FORMAT kind)
+{
+    char name[260] = {};
+    DWORD size = sizeof name;
+    EXPECT_NE(FALSE, ::GetComputerNameExA(kind, name, &size));
+    return name;
+}
+
+} // namespace
 
 TEST(WindowsHostTest, ComputerNameIsTheNameOfTheEnvironment)
 {
@@ -17,6 +30,15 @@ TEST(WindowsHostTest, ComputerNameIsTheNameOfTheEnvironment)
     char const * const known = std::getenv("COMPUTERNAME");
     ASSERT_NE(nullptr, known);
     EXPECT_EQ(known, name);
+}
+
+TEST(WindowsHostTest, DnsNamesAreTheTwoHalvesThatTheSystemTells)
+{
+    std::string host;
+    std::string domain;
+    ASSERT_EQ(Success, DnsName(host, domain));
+    EXPECT_EQ(NameOfKind(ComputerNameDnsHostname), host);
+    EXPECT_EQ(NameOfKind(ComputerNameDnsDomain), domain);
 }
 
 TEST(WindowsHostTest, SystemDirectoryIsTheSystemsOwn)
@@ -66,4 +88,15 @@ TEST(WindowsHostTest, AVariableIsSetForTheCLibraryAndTheSystem)
     EXPECT_EQ(Success, SetEnvironmentText("KXRA_TEST_SET", "value"));
     EXPECT_STREQ("value", std::getenv("KXRA_TEST_SET"));
     EXPECT_EQ(0, std::system("cmd /c if not \"%KXRA_TEST_SET%\"==\"value\" exit 1"));
+}
+
+TEST(WindowsHostTest, AnEmptyVariableIsThereForTheSystem)
+{
+    const CScopedVariable restored("KXRA_TEST_SET", std::nullopt);
+    EXPECT_EQ(Success, SetEnvironmentText("KXRA_TEST_SET", ""));
+    char value[8] = "kept";
+    ::SetLastError(Success);
+    EXPECT_EQ(0u, ::GetEnvironmentVariableA("KXRA_TEST_SET", value, sizeof value));
+    EXPECT_EQ(Success, ::GetLastError());
+    EXPECT_STREQ("", value);
 }
