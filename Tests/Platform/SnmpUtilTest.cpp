@@ -1,5 +1,6 @@
 #include "Platform/SnmpUtil.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -12,6 +13,16 @@ namespace {
 constexpr unsigned NoFault = 0xFFFFFFFF;
 unsigned g_allocationsUntilFault = NoFault;
 int g_blocks = 0; ///< allocated and not freed yet
+
+/// In front of each block.
+struct alignas(16) SHead {
+    std::uint32_t bytes; ///< of the block behind it
+};
+
+SHead * HeadOf(void * block) noexcept
+{
+    return static_cast<SHead *>(block) - 1;
+}
 
 bool MayAllocate() noexcept
 {
@@ -31,22 +42,30 @@ public:
 // In the place of the platform's, so that memory can run out.
 extern "C" void * SnmpUtilMemAlloc(std::uint32_t bytes) noexcept
 {
-    void * const block = MayAllocate() ? std::malloc(bytes) : nullptr;
-    if (block != nullptr) ++g_blocks;
-    return block;
+    auto * const head = static_cast<SHead *>(MayAllocate() ? std::malloc(sizeof(SHead) + bytes) : nullptr);
+    if (head == nullptr) return nullptr;
+    ++g_blocks;
+    head->bytes = bytes;
+    return head + 1;
 }
 
+// Always moves the block.
 extern "C" void * SnmpUtilMemReAlloc(void * block, std::uint32_t bytes) noexcept
 {
-    void * const moved = MayAllocate() ? std::realloc(block, bytes) : nullptr;
-    if (moved != nullptr && block == nullptr) ++g_blocks;
+    void * const moved = SnmpUtilMemAlloc(bytes);
+    if (moved == nullptr || block == nullptr) return moved;
+    std::memcpy(moved, block, std::min(bytes, HeadOf(block)->bytes));
+    SnmpUtilMemFree(block);
     return moved;
 }
 
 extern "C" void SnmpUtilMemFree(void * block) noexcept
 {
-    if (block != nullptr) --g_blocks;
-    std::free(block);
+    if (block == nullptr) return;
+    --g_blocks;
+    SHead * const head = HeadOf(block);
+    std::memset(block, 0xDD, head->bytes); // for who looks at it all the same
+    std::free(head);
 }
 
 namespace {
