@@ -36,8 +36,8 @@ HANDLE SystemHandle(Platform::FileHandle file) noexcept
     return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(file));
 }
 
-/// Whoever deletes or renames a file holds it for a moment in a way that shuts out others, and one that is being
-/// deleted is denied to all until it is gone: how long somebody patient stands it. Milliseconds.
+/// How somebody patient bears with others: whoever deletes or renames a file holds it for a moment in a way that shuts
+/// out everybody else, and one that is being deleted is denied to all until it is gone. One thread, for one attempt.
 class CPatience {
 public:
     /// False when it is at an end, else after a moment. Keeps the last error.
@@ -50,7 +50,7 @@ public:
     }
 
 private:
-    static constexpr ULONGLONG EndMs = 250;
+    static constexpr ULONGLONG EndMs = 250; ///< from the beginning on
 
     const ULONGLONG m_Begun = ::GetTickCount64();
 };
