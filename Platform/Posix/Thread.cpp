@@ -59,7 +59,9 @@ private:
     void End(std::uint32_t exitCode) noexcept;
     void CancelStart(std::uint32_t exitCode) noexcept;
     void Join() noexcept;
+    void Detach() noexcept;
     bool HasEnded() noexcept;
+    bool HasLeftItsBody() noexcept;
 
     const ThreadEntry m_body;
     void * const m_argument;
@@ -72,15 +74,16 @@ private:
     std::uint32_t m_exitCode = StillActive;
     Phase m_phase = Phase::Fresh;
     bool m_cancelled = false;         // the body must not begin
+    bool m_leftBody = false;          // only this file's own code is left to run
     bool m_joined = false;            // m_thread is gone
-    SThread * m_nextOrphan = nullptr; // guarded by the lock of the orphans
+    SThread * m_nextOrphan = nullptr; // guarded by the lock of the orphans while on their list
 };
 
 /// Threads that outlive their handle. They are joined when they have ended, at the next chance: the last
 /// instructions of a thread are code of this library, which must not be unloaded under them.
 class COrphans {
 public:
-    ~COrphans() { Reap(); }
+    ~COrphans() { LetGo(); }
     void Add(SThread & thread) noexcept
     {
         const std::lock_guard lock(m_lock);
@@ -89,20 +92,51 @@ public:
     }
     void Reap() noexcept
     {
+        ForEachTaken([](SThread & thread) { return thread.HasEnded(); }, [](SThread & thread) { thread.Join(); });
+    }
+
+private:
+    /// No chance comes after this one: waits for those that are on their way out, leaves the others to themselves.
+    void LetGo() noexcept
+    {
+        ForEachTaken([](SThread &) { return true; },
+                     [](SThread & thread) {
+                         if (thread.HasLeftItsBody())
+                             WaitForOne(&thread, Infinite, /*wakeable=*/false);
+                         else
+                             thread.Detach();
+                     });
+    }
+    /// Takes threads off the list, and does with each what is to be done outside of the lock: the end of a thread
+    /// may run destructors that come back here.
+    template <class TWanted, class TDo>
+    void ForEachTaken(TWanted wanted, TDo act) noexcept
+    {
+        for (SThread * thread = Unlink(wanted); thread != nullptr;) {
+            SThread * const next = thread->m_nextOrphan;
+            act(*thread);
+            thread->DropReference();
+            thread = next;
+        }
+    }
+    template <class TWanted>
+    SThread * Unlink(TWanted wanted) noexcept
+    {
         const std::lock_guard lock(m_lock);
+        SThread * taken = nullptr;
         for (SThread ** link = &m_first; *link != nullptr;) {
             SThread * const thread = *link;
-            if (!thread->HasEnded()) {
+            if (!wanted(*thread)) {
                 link = &thread->m_nextOrphan;
                 continue;
             }
             *link = thread->m_nextOrphan;
-            thread->Join();
-            thread->DropReference();
+            thread->m_nextOrphan = taken;
+            taken = thread;
         }
+        return taken;
     }
 
-private:
     std::mutex m_lock;
     SThread * m_first = nullptr;
 };
@@ -190,6 +224,7 @@ void SThread::End(std::uint32_t exitCode) noexcept
     {
         const std::lock_guard lock(m_lock);
         m_record = nullptr; // from here on nobody abandons it
+        m_leftBody = true;
     }
     EndThreadRecord();
     bool signal = false;
@@ -217,6 +252,20 @@ void SThread::Join() noexcept
     if (m_phase != Phase::Ended || m_joined || ::pthread_equal(m_thread, ::pthread_self())) return;
     ::pthread_join(m_thread, nullptr);
     m_joined = true;
+}
+
+void SThread::Detach() noexcept
+{
+    const std::lock_guard lock(m_lock);
+    if (m_joined) return;
+    ::pthread_detach(m_thread);
+    m_joined = true;
+}
+
+bool SThread::HasLeftItsBody() noexcept
+{
+    const std::lock_guard lock(m_lock);
+    return m_leftBody;
 }
 
 Taken SThread::Take(ErrorCode &) noexcept
