@@ -4,8 +4,10 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <new>
 
+#include "Platform/StaticLock.h"
 #include "Waitable.h"
 
 namespace Platform {
@@ -40,6 +42,10 @@ private:
     std::atomic<SStart *> m_start; ///< of a thread that nobody has let begin yet; else the thread's own, and null here
 };
 
+/// Of threads that resume one: the count and what this object keeps of it change together. Not the object's own lock,
+/// since the thread that begins may close it.
+constinit CStaticLock g_resuming;
+
 constexpr auto CountFailed = static_cast<DWORD>(-1);
 
 /// What a thread that was ended by force gets to leave the processor. Only one inside a driver takes longer, and runs
@@ -48,6 +54,7 @@ constexpr DWORD LastStepsMs = 5000;
 
 ErrorCode SThread::Resume(std::uint32_t & previous) noexcept
 {
+    const std::lock_guard lock(g_resuming);
     // Let go of before the thread may run: its first act may be to close this object.
     SStart * const start = m_start.exchange(nullptr, std::memory_order_relaxed);
     const DWORD count = ::ResumeThread(Handle());

@@ -121,6 +121,43 @@ TEST(ThreadTest, ClosingTheHandleLeavesARunningThreadAlone)
     EXPECT_EQ(WaitResult::Signaled, WaitForOne(done.Get(), kDeadlineMs, false).result);
 }
 
+TEST(ThreadTest, OfTwoWhoResumeItAtOnceOneLetsItBeginAndItRunsToItsEnd)
+{
+    struct SArgument {
+        CWaitableHandle go = ManualEvent();
+        CWaitableHandle done = ManualEvent();
+    };
+    for (int round = 0; round < 50; ++round) {
+        SArgument argument;
+        std::atomic<int> ready{0};
+        std::atomic<int> letItBegin{0};
+        {
+            const SStarted thread = Start(
+                [](void * pointer) noexcept -> std::uint32_t {
+                    const auto & it = *static_cast<SArgument *>(pointer);
+                    WaitForIt(it.go.Get());
+                    SetEvent(it.done.Get());
+                    return 0;
+                },
+                &argument, /*suspended=*/true);
+            const auto resume = [&] {
+                ++ready;
+                while (ready != 2) {
+                }
+                std::uint32_t previous = 0;
+                EXPECT_EQ(Success, ResumeThread(thread.handle.Get(), previous));
+                if (previous == 1) ++letItBegin;
+            };
+            std::thread other(resume);
+            resume();
+            other.join();
+        }
+        EXPECT_EQ(1, letItBegin);
+        SetEvent(argument.go.Get());
+        ASSERT_EQ(WaitResult::Signaled, WaitForOne(argument.done.Get(), kDeadlineMs, false).result) << round;
+    }
+}
+
 TEST(ThreadTest, AThreadMayCloseItsOwnHandle)
 {
     struct SArgument {
