@@ -58,6 +58,15 @@ private:
     bool m_isMoved = false;
 };
 
+/// Where the file lies that the path leads to: a link to it stays a link.
+std::string PlaceOf(std::string const & path)
+{
+    std::error_code ignored; // as in WriteWhole
+    if (!std::filesystem::is_symlink(path, ignored)) return path;
+    std::filesystem::path const place = std::filesystem::canonical(path, ignored);
+    return ignored ? path : place.string();
+}
+
 } // namespace
 
 std::string ReadWhole(std::string const & path)
@@ -86,7 +95,7 @@ void WriteWhole(std::string const & path, std::string_view bytes)
     std::filesystem::file_status const present = std::filesystem::status(path, ignored);
     if (std::filesystem::exists(present) && !std::filesystem::is_regular_file(present))
         throw CBadFile("write " + path + ": not an ordinary file");
-    CNewFile file(path);
+    CNewFile file(PlaceOf(path));
     file.Write(bytes);
     file.Move();
 }

@@ -48,6 +48,18 @@ TEST_F(FilesTest, AFailedWriteLeavesWhatWasThereAndNothingElse)
     EXPECT_EQ(2u, FilesIn(m_directory.File("")));
 }
 
+TEST_F(FilesTest, ALinkLeadsToTheFileThatIsWritten)
+{
+    std::filesystem::create_directory(m_directory.File("elsewhere"));
+    std::string const target = m_directory.Write("elsewhere/target", "old");
+    std::string const link = m_directory.File("link");
+    std::filesystem::create_symlink(target, link);
+    WriteWhole(link, "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ("new", m_directory.Read("elsewhere/target"));
+    EXPECT_EQ(1u, FilesIn(m_directory.File("elsewhere")));
+}
+
 TEST_F(FilesTest, WhatIsNotThereIsNamedWithTheSystemsReason)
 {
     std::string const path = m_directory.File("nothing");
