@@ -23,17 +23,23 @@ std::string TextOf(unsigned int module, unsigned int code)
     return std::string(text.data(), text.size());
 }
 
+/// A record's message ends with a line's end. text: may be null.
+std::string OneLine(char const * text)
+{
+    std::string line = text != nullptr ? text : "";
+    while (!line.empty() && line.back() == '\n')
+        line.pop_back();
+    return line;
+}
+
 std::string Describe(VLK::Exceptions::CErrorLog const & record)
 {
     VLK::Exceptions::NATIVE_ERROR native{};
     unsigned int const code = record.GetError(native);
     std::string text = TextOf(code, code);
     if (native.kind != 0) text += ": " + TextOf(native.kind, native.value);
-    if (char const * const message = record.GetErrorMsg(0); message != nullptr && *message != '\0')
-        text += std::string(" (") + message + ")";
-    while (!text.empty() && text.back() == '\n')
-        text.pop_back();
-    return text;
+    if (std::string const message = OneLine(record.GetErrorMsg(0)); !message.empty()) text += " (" + message + ")";
+    return OneLine(text.c_str());
 }
 
 } // namespace

@@ -107,12 +107,17 @@ void CSession::Drop()
 
 void CSession::Run()
 {
+    std::string farewell = "disconnected";
     try {
         Converse();
     } catch (...) {
         std::string const reason = TakeFailureText();
-        Say(m_worker.IsStopping() ? "disconnected" : "gone: " + reason);
+        if (!m_worker.IsStopping()) farewell = "gone: " + reason;
     }
+    // The session's object stays until the next agent comes; this one mustn't wait for answers until then.
+    m_stream.Abort();
+    m_socket.Abort();
+    Say(farewell);
     m_ended.store(true, std::memory_order_release);
 }
 
@@ -131,8 +136,6 @@ void CSession::Converse()
         PassNotices();
         if (!ServeRequest()) break;
     }
-    m_stream.Abort();
-    Say("disconnected");
 }
 
 void CSession::Greet()

@@ -217,6 +217,21 @@ class Wire(unittest.TestCase):
             good.sendall(b"\x04")
             self.assertEqual(bytes.fromhex("a101fe"), receive(good, 3))
 
+    def test_an_agent_that_breaks_the_protocol_loses_its_connection_at_once(self):
+        reasons = {"c1": "Protocol error", "07": "Socket protocol error - bad command (VlkSocket, Cmd=x00000007, Line=1180)",
+                   "8801c1c501": "Socket out of sync (TC_WaitAck expected, 192)"}
+        with Coresim() as core:
+            for number, (garbage, reason) in enumerate(reasons.items(), 1):
+                with self.subTest(garbage=garbage), core.connect() as agent:
+                    agent.sendall(HELLO)
+                    self.assertEqual(ACCEPTED + b"\x03", receive(agent, 4))
+                    agent.sendall(bytes.fromhex(garbage))
+                    try:
+                        self.assertEqual(b"", receive(agent, 1))
+                    except ConnectionResetError:
+                        pass  # the same to an agent: the connection has vanished
+                    self.assertEqual(f"agent {number} gone: {reason}", core.expect("gone"))
+
     def test_drop_and_refuse(self):
         with Coresim() as core, core.connect() as agent:
             agent.sendall(HELLO)
