@@ -10,6 +10,7 @@
 #include "Snmp/Host/ServiceMgr.h"
 #include "VLK/Application.h"
 #include "VLK/IniFile.h"
+#include "VLK/Threads.h"
 
 namespace SNMP {
 
@@ -67,14 +68,13 @@ std::string ProductPath()
     }
 }
 
-/// Raises what the INI classes raise.
-std::uint32_t PortOfFile(boost::filesystem::path const & path)
+void TracePortFailure(boost::filesystem::path const & path, char const * failure,
+                      VLK::Exceptions::CErrorLog const & log)
 {
-    VLK::INI_Files::CIniFile file;
-    file.Read(path, kIniTimeoutMs);
-    unsigned int port = kDefaultPort;
-    file["orDPatch"]["Port"].GetValue(port, kDefaultPort);
-    return port;
+    // Some records of the INI classes bear no code, and then their text says nothing.
+    std::string const details = log.GetError() != 0 ? FailureText(log, /*stack=*/false) : std::string();
+    CDebug::Trace(1, "\nCKestrixRAIDAgent(): no port in '%s', it stays %u: %s\n%s", path.string().c_str(), kDefaultPort,
+                  failure, details.c_str());
 }
 
 } // namespace
@@ -113,17 +113,21 @@ std::uint32_t ReadPort()
     std::string const product = ProductPath();
     if (product.empty()) return kDefaultPort;
     boost::filesystem::path const path = boost::filesystem::path(product) / "bin" / "orDPatch.ini";
+    VLK::Threading::CCallBackGuard const guard; // the host's thread: without it a failure's record would be lost
     VLK::Exceptions::CThrowState state;
+    char const * failure = "it can't be read";
     try {
-        return PortOfFile(path);
+        VLK::INI_Files::CIniFile file;
+        file.Read(path, kIniTimeoutMs);
+        failure = "its value is no number";
+        unsigned int port = kDefaultPort;
+        file["orDPatch"]["Port"].GetValue(port, kDefaultPort);
+        return port;
     } catch (...) {
         VLK_CONTINUE(state, log);
         VLK::Exceptions::CErrorLog errorLog;
         log >> errorLog;
-        if (CDebug::Enabled()) {
-            CDebug::Trace(1, "\nCKestrixRAIDAgent(): no port in '%s', it stays %u\n%s", path.string().c_str(),
-                          kDefaultPort, FailureText(errorLog, /*stack=*/false).c_str());
-        }
+        if (CDebug::Enabled()) TracePortFailure(path, failure, errorLog);
         return kDefaultPort;
     }
 }

@@ -33,11 +33,17 @@ protected:
         Make();
         return agent->m_PortNumber;
     }
-    bool PortFailureTraced() const
+    /// What the trace says of a port that couldn't be had; empty when it says nothing.
+    std::string PortFailure() const
     {
         for (std::string const & line : Trace())
-            if (line.starts_with("\nCKestrixRAIDAgent(): no port in '")) return true;
-        return false;
+            if (line.starts_with("\nCKestrixRAIDAgent(): no port in '")) return line;
+        return {};
+    }
+    std::string IniFailure(char const * failure) const
+    {
+        return "\nCKestrixRAIDAgent(): no port in '" + (folder / "product" / "bin" / "orDPatch.ini").string() +
+               "', it stays 3173: " + failure + "\n";
     }
 
     static constexpr SAgentIntervals kProduct{1000, 30000, 60000, 180000, 50, 100, 3000, 1000};
@@ -54,7 +60,7 @@ TEST_F(ConfigurationTest, AHostWithoutAnythingHasNoDelayedStartAndTheDefaultPort
     ExpectTraced({"\nCKestrixRAIDAgent(): c'tor...",
                   "\nCKestrixRAIDAgent(): check Kestrix file '" + host.SystemFile("ksVendor.ini").string() + "'",
                   "\nCKestrixRAIDAgent(): m_ASRunning = 60000, m_ASIniting = 180000, m_PortNumber = 3173"});
-    EXPECT_FALSE(PortFailureTraced());
+    EXPECT_EQ("", PortFailure());
 }
 
 TEST_F(ConfigurationTest, TheLifeOfTheObjectIsTracedAtItsLevels)
@@ -208,10 +214,13 @@ TEST_F(ConfigurationTest, AnIniFileWithoutTheSectionOrTheKeyLeavesThePort)
 
 TEST_F(ConfigurationTest, AMissingIniFileLeavesThePortAndTheTraceSaysWhy)
 {
-    registry.Write(ProductKey(PathValue(CRegistryFixture::Quoted((folder / "nowhere").string()))));
+    registry.Write(ProductKey(PathValue(CRegistryFixture::Quoted((folder / "product").string()))));
+    std::filesystem::create_directories(folder / "product/bin");
     Make();
     EXPECT_EQ(3173u, agent->m_PortNumber);
-    EXPECT_TRUE(PortFailureTraced());
+    std::string const failure = PortFailure();
+    EXPECT_TRUE(failure.starts_with(IniFailure("it can't be read"))) << failure;
+    EXPECT_NE(std::string::npos, failure.find("Message : INI-File does not exist\n")) << failure;
 }
 
 TEST_F(ConfigurationTest, AnUnreadableIniFileLeavesThePortAndTheTraceSaysWhy)
@@ -220,17 +229,28 @@ TEST_F(ConfigurationTest, AnUnreadableIniFileLeavesThePortAndTheTraceSaysWhy)
     std::filesystem::create_directories(folder / "product/bin/orDPatch.ini");
     Make();
     EXPECT_EQ(3173u, agent->m_PortNumber);
-    EXPECT_TRUE(PortFailureTraced());
+    std::string const failure = PortFailure();
+    EXPECT_TRUE(failure.starts_with(IniFailure("it can't be read"))) << failure;
+    EXPECT_NE(std::string::npos, failure.find("Message : Can't access INI-file due to an I/O-error\n")) << failure;
 }
 
 TEST_F(ConfigurationTest, APortThatIsNoNumberLeavesThePortAndTheTraceSaysWhy)
 {
     EXPECT_EQ(3173u, PortWithIni("[orDPatch]\nPort=12abc\n"));
-    EXPECT_TRUE(PortFailureTraced());
+    EXPECT_EQ(IniFailure("its value is no number"), PortFailure());
     agent.reset();
     Fake::ClearTrace();
     EXPECT_EQ(3173u, PortWithIni("[orDPatch]\nPort=1,2\n"));
-    EXPECT_TRUE(PortFailureTraced());
+    EXPECT_EQ(IniFailure("its value is no number"), PortFailure());
+}
+
+TEST_F(ConfigurationTest, AnIniFileThatAWriterKeepsAwayLeavesThePortAndTheTraceSaysWhy)
+{
+    registry.Write(ProductKey(PathValue(CRegistryFixture::Quoted((folder / "product").string()))));
+    WriteFile(folder / "product/bin/orDPatch.ini.lck", "");
+    Make();
+    EXPECT_EQ(3173u, agent->m_PortNumber);
+    EXPECT_EQ(IniFailure("it can't be read"), PortFailure());
 }
 
 TEST_F(ConfigurationTest, TheProductsPathMayHoldEnvironmentVariablesWhenItIsExpandable)
@@ -254,7 +274,7 @@ TEST_F(ConfigurationTest, APathOfAWrongTypeLeavesThePort)
     registry.Write(ProductKey("\"Path\"=dword:00000001\n"));
     Make();
     EXPECT_EQ(3173u, agent->m_PortNumber);
-    EXPECT_FALSE(PortFailureTraced());
+    EXPECT_EQ("", PortFailure());
 }
 
 TEST_F(ConfigurationTest, AnEmptyPathLeavesThePort)
@@ -262,7 +282,7 @@ TEST_F(ConfigurationTest, AnEmptyPathLeavesThePort)
     registry.Write(ProductKey("\"Path\"=\"\"\n"));
     Make();
     EXPECT_EQ(3173u, agent->m_PortNumber);
-    EXPECT_FALSE(PortFailureTraced());
+    EXPECT_EQ("", PortFailure());
 }
 
 } // namespace
