@@ -8,12 +8,12 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <string>
 #include <string_view>
 
 #include "../NameHash.h"
+#include "../SharedByName.h"
 #include "Descriptor.h"
 #include "Mutex.h"
 #include "Platform/Clock.h"
@@ -27,18 +27,17 @@ constexpr std::size_t MaxPlainBytes = 180; // of a file name, beside the prefix 
 constexpr std::uint32_t RetryMs = 1;
 constexpr int OpenFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
 
-/// One name in this process. Threads exclude each other by the inner mutex, which knows when an owner ended;
-/// processes by a lock on a file, which the system gives up for a process that ended.
-struct SShared {
-    std::string path;
-    CDescriptor file;
-    CWaitableHandle inner;    // behind the file, which it unlocks for an owner that ends
-    unsigned handles = 0;     // guarded by g_lock
-    SShared * next = nullptr; // guarded by g_lock
-};
+struct SShared;
+constinit TSharedByName<SShared> g_mutexes;
 
-constinit std::mutex g_lock;
-constinit SShared * g_first = nullptr;
+/// One mutex in this process. Threads exclude each other by the inner mutex, which knows when an owner ended;
+/// processes by a lock on a file, which the system gives up for a process that ended.
+struct SShared : TSharedByName<SShared>::SNamed {
+    CDescriptor file;
+    CWaitableHandle inner; // behind the file, which it unlocks for an owner that ends
+
+    ErrorCode Open() noexcept;
+};
 
 /// The file that stands for a name, in the memory file system where there is one: that of a service with a
 /// private /tmp is the others' too.
@@ -75,39 +74,17 @@ CDescriptor OpenLockFile(char const * path, ErrorCode & error) noexcept
     return CDescriptor();
 }
 
-SShared * Find(std::string const & path) noexcept
+ErrorCode SShared::Open() noexcept
 {
-    SShared * shared = g_first;
-    while (shared != nullptr && shared->path != path)
-        shared = shared->next;
-    return shared;
-}
-
-/// Called with g_lock held.
-ErrorCode NewShared(SShared *& out, std::string path)
-{
-    auto shared = std::make_unique<SShared>();
     ErrorCode error = Success;
-    shared->file = OpenLockFile(path.c_str(), error);
+    file = OpenLockFile(name.c_str(), error);
     if (error != Success) return error;
-    WaitHandle inner = nullptr;
-    error = NewMutex(inner, /*initialOwner=*/false);
+    WaitHandle mutex = nullptr;
+    error = NewMutex(mutex, /*initialOwner=*/false);
     if (error != Success) return error;
-    shared->inner.Reset(inner);
-    static_cast<SMutex *>(inner)->SetFileLock(shared->file.Get());
-    shared->path = std::move(path);
-    shared->next = g_first;
-    out = g_first = shared.release();
+    inner.Reset(mutex);
+    static_cast<SMutex *>(mutex)->SetFileLock(file.Get());
     return Success;
-}
-
-/// Called with g_lock held.
-void Unlink(SShared const & shared) noexcept
-{
-    SShared ** link = &g_first;
-    while (*link != &shared)
-        link = &(*link)->next;
-    *link = shared.next;
 }
 
 bool LockFile(int file, std::uint32_t timeoutMs) noexcept
@@ -130,13 +107,9 @@ struct SNamedMutex {
 ErrorCode NewNamedMutex(NamedMutexHandle & out, char const * name) noexcept
 try {
     if (name == nullptr || *name == '\0') return EINVAL;
-    std::string path = PathFor(name);
     auto handle = std::make_unique<SNamedMutex>();
-    const std::lock_guard lock(g_lock);
-    handle->shared = Find(path);
-    const ErrorCode error = handle->shared != nullptr ? Success : NewShared(handle->shared, std::move(path));
+    const ErrorCode error = g_mutexes.Acquire(handle->shared, PathFor(name));
     if (error != Success) return error;
-    ++handle->shared->handles;
     out = handle.release();
     return Success;
 } catch (std::bad_alloc const &) {
@@ -177,12 +150,8 @@ void ReleaseNamedMutex(NamedMutexHandle mutex) noexcept
 void CloseNamedMutex(NamedMutexHandle mutex) noexcept
 {
     if (mutex == nullptr) return;
-    SShared & shared = *mutex->shared;
+    g_mutexes.Release(*mutex->shared);
     delete mutex;
-    const std::lock_guard lock(g_lock);
-    if (--shared.handles != 0) return;
-    Unlink(shared);
-    delete &shared;
 }
 
 } // namespace Platform
