@@ -96,6 +96,16 @@ SThreadWaker * ExistingWaker() noexcept
     return g_wakers.Get();
 }
 
+bool IsWoken(SThreadWaker & self) noexcept
+{
+    if (self.pending.load(std::memory_order_acquire)) return true;
+    // The call of a wake-up may have come behind the answer to its mark, and have run since. What stands here then
+    // would keep every later one from queueing a call.
+    if (!self.queued.load(std::memory_order_relaxed)) return false;
+    self.queued.exchange(false, std::memory_order_acq_rel);
+    return self.pending.load(std::memory_order_acquire);
+}
+
 void TakeWakeUp(SThreadWaker & self) noexcept
 {
     // Runs what is queued, or calls would heap up where each wake-up finds the thread outside of a wait. The mark

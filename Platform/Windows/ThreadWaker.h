@@ -19,12 +19,18 @@ struct SThreadWaker {
 
     std::atomic<std::uint32_t> references{1};
     std::atomic<bool> pending{false};
-    std::atomic<bool> queued{false}; ///< a call was queued since the last answer; false where the system refused one
+    /// A call was queued since the last answer, or the last wait that began without one; false where the system refused
+    /// one.
+    std::atomic<bool> queued{false};
     const CSystemHandle thread;
 };
 
 /// The calling thread's own; null when it never gave one out. Keeps the last error.
 SThreadWaker * ExistingWaker() noexcept;
+
+/// Whether a wake-up of the calling thread waits for its answer. If not, the next one queues a call, which ends the
+/// wait that the thread is about to begin.
+bool IsWoken(SThreadWaker & self) noexcept;
 
 /// Takes the wake-up of the calling thread, with the calls that were queued for it.
 void TakeWakeUp(SThreadWaker & self) noexcept;

@@ -57,7 +57,7 @@ SWaitOutcome RunWait(std::uint32_t timeoutMs, bool wakeable, TWait wait) noexcep
     SThreadWaker * const self = wakeable ? ExistingWaker() : nullptr;
     CDeadline deadline(timeoutMs);
     for (;;) {
-        if (self != nullptr && self->pending.load(std::memory_order_acquire)) {
+        if (self != nullptr && IsWoken(*self)) {
             const std::uint32_t leftMs = deadline.LeftMs();
             // A signalled object wins, which an alertable wait would leave to the system.
             const DWORD looked = wait(0, /*alertable=*/false);
