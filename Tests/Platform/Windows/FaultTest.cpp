@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include <excpt.h>
 #include <windows.h>
 
 using Platform::RunUnderFaultFilter;
@@ -31,6 +32,46 @@ void TouchNothing(void * course)
 void NoteFault(void * course) noexcept
 {
     Note(course, "fault ");
+}
+
+// As their makers call them: an exception of another compiler's C++, and a line for a debugger.
+constexpr DWORD ForeignException = 0xE06D7363;
+constexpr DWORD NewsForADebugger = 0x40010006;
+
+} // namespace
+
+/// The filter of the frame below.
+extern "C" long KxraTakeEverything(EXCEPTION_POINTERS *, void *)
+{
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+namespace {
+
+/// Somebody else's frame, which takes whatever gets that far. Its labels stand once in the file.
+[[gnu::noinline, gnu::noclone]] void RunInForeignFrame(void (*body)(void *), void * argument)
+{
+    __try1(KxraTakeEverything);
+    body(argument);
+    __except1;
+}
+
+/// What becomes of an exception that is raised under a filter inside of somebody else's frame.
+std::string CourseOf(DWORD code)
+{
+    static DWORD raised;
+    raised = code;
+    SCourse course;
+    // A thread of its own, since somebody else's frame cleans up nothing of ours.
+    std::thread([&] {
+        RunInForeignFrame(
+            [](void * argument) {
+                RunUnderFaultFilter([](void *) { ::RaiseException(raised, 0, 0, nullptr); }, &NoteFault, argument);
+                Note(argument, "ended ");
+            },
+            &course);
+    }).join();
+    return course.steps;
 }
 
 } // namespace
@@ -91,4 +132,19 @@ TEST(FaultFilterTest, EachThreadHasItsOwn)
         },
         &NoteFault, &mine);
     EXPECT_EQ("begin fault ", mine.steps);
+}
+
+TEST(FaultFilterTest, AWarningOfTheSystemIsAFaultToo)
+{
+    EXPECT_EQ("fault ended ", CourseOf(STATUS_DATATYPE_MISALIGNMENT));
+}
+
+TEST(FaultFilterTest, WhatAnotherLanguageThrowsPassesThrough)
+{
+    EXPECT_EQ("", CourseOf(ForeignException));
+}
+
+TEST(FaultFilterTest, NewsForADebuggerAreNoFault)
+{
+    EXPECT_EQ("", CourseOf(NewsForADebugger));
 }
