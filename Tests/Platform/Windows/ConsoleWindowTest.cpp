@@ -49,7 +49,8 @@ private:
 
 TEST(ConsoleTest, WritesToTheScreenOfTheConsole)
 {
-    if (!RunsInAProcessWithConsole()) return;
+    const CConsoleProcess process;
+    if (!process.IsThis()) return;
     const CScreen screen;
     ASSERT_TRUE(screen.IsThere()) << ::GetLastError();
     EXPECT_TRUE(OpenConsole());
