@@ -7,6 +7,7 @@
 
 #include "Platform/Environment.h"
 #include "Platform/Native/SockAddr.h" // the system's interface without its second names for ours
+#include "Platform/Windows/ReplacedImport.h"
 #include "Support/ScopedVariable.h"
 
 using namespace Platform;
@@ -19,6 +20,19 @@ std::string NameOfKind(COMPUTER_NAME_FORMAT kind)
     DWORD size = sizeof name;
     EXPECT_NE(FALSE, ::GetComputerNameExA(kind, name, &size));
     return name;
+}
+
+DWORD g_accepted = 0; ///< the size of the record that the system knows
+BOOL WINAPI TellVersion(LPOSVERSIONINFOA out)
+{
+    if (out->dwOSVersionInfoSize != g_accepted) {
+        ::SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return FALSE;
+    }
+    out->dwMajorVersion = 5;
+    out->dwMinorVersion = 1;
+    out->dwBuildNumber = 2600;
+    return TRUE;
 }
 
 } // namespace
@@ -58,6 +72,23 @@ TEST(WindowsHostTest, AVersionOfAtLeastTheOneThatIsAskedForIsReported)
     ASSERT_EQ(Success, OsVersion(version));
     EXPECT_GE(version.major * 100 + version.minor, 602u) << "the firewall rules need 6.2";
     EXPECT_NE(0u, version.build);
+}
+
+TEST(WindowsHostTest, TheVersionIsAskedForOnceMoreInTheOlderForm)
+{
+    const TReplacedImport<decltype(::GetVersionExA)> told("GetVersionExA", &TellVersion);
+    for (const DWORD size : {DWORD{sizeof(OSVERSIONINFOEXA)}, DWORD{sizeof(OSVERSIONINFOA)}}) {
+        g_accepted = size;
+        SOsVersion version{};
+        EXPECT_EQ(Success, OsVersion(version));
+        EXPECT_EQ(5u, version.major);
+        EXPECT_EQ(1u, version.minor);
+        EXPECT_EQ(2600u, version.build);
+    }
+    g_accepted = 0;
+    SOsVersion version{1, 2, 3};
+    EXPECT_EQ(ErrorInsufficientBuffer(), OsVersion(version));
+    EXPECT_EQ(1u, version.major) << "kept";
 }
 
 TEST(WindowsHostTest, TheProcessorIsAnX64AndTheFirewallIsManaged)
