@@ -9,7 +9,9 @@
 
 #include <windows.h>
 
+#include "Platform/DynamicLibrary.h"
 #include "Platform/VersionBlockAccess.h"
+#include "Support/TempDirectory.h"
 
 using namespace Platform;
 
@@ -21,6 +23,33 @@ std::string Lower(std::string text)
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
 }
+
+/// A folder whose path is longer than the system once allowed, for a scope. In the form that knows no limit.
+class CDeepFolder {
+public:
+    static constexpr std::size_t PrefixLength = 4;
+
+    CDeepFolder()
+    {
+        for (std::wstring * const folder : {&m_outer, &m_inner})
+            EXPECT_NE(FALSE, ::CreateDirectoryW(folder->c_str(), nullptr)) << ::GetLastError();
+    }
+    ~CDeepFolder()
+    {
+        for (std::wstring * const folder : {&m_inner, &m_outer})
+            ::RemoveDirectoryW(folder->c_str());
+    }
+    CDeepFolder(CDeepFolder const &) = delete;
+    CDeepFolder & operator=(CDeepFolder const &) = delete;
+
+    std::wstring Path() const { return m_inner; }
+
+private:
+    CTempDirectory m_directory;
+    std::wstring const m_longName = std::wstring(200, L'a') + L'\\';
+    std::wstring m_outer = L"\\\\?\\" + std::filesystem::path(m_directory.File("")).wstring() + m_longName;
+    std::wstring m_inner = m_outer + m_longName;
+};
 
 } // namespace
 
@@ -56,6 +85,22 @@ TEST(SystemModuleTest, AskingForThePathOfALibraryKeepsItNotLoaded)
     EXPECT_EQ(Success, ModulePath(reinterpret_cast<void const *>(inside), path));
     EXPECT_NE(FALSE, ::FreeLibrary(module));
     EXPECT_EQ(nullptr, ::GetModuleHandleA(KXRA_VERSION_PROBE));
+}
+
+TEST(SystemModuleTest, APathBeyondTheSystemsOldLimitIsToldInFull)
+{
+    const CDeepFolder folder;
+    const std::wstring file = folder.Path() + L"deep.dll";
+    ASSERT_NE(FALSE, ::CopyFileW(std::filesystem::path(KXRA_VERSION_PROBE).c_str(), file.c_str(), TRUE));
+    CModuleHandle module(::LoadLibraryExW(file.c_str(), nullptr, 0));
+    ASSERT_TRUE(module) << ::GetLastError();
+    std::string path;
+    EXPECT_EQ(Success, ModulePath(ModuleSymbol(module.Get(), "VersionProbe"), path));
+    const std::string behindThePrefix = std::filesystem::path(file.substr(CDeepFolder::PrefixLength)).string();
+    EXPECT_GT(behindThePrefix.size(), std::size_t{MAX_PATH});
+    EXPECT_TRUE(path.ends_with(behindThePrefix)) << path;
+    module.Reset();
+    EXPECT_NE(FALSE, ::DeleteFileW(file.c_str()));
 }
 
 TEST(SystemModuleTest, BothDirectoriesOfTheSystemAreThere)
