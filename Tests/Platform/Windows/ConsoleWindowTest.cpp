@@ -6,6 +6,7 @@
 
 #include "Platform/Error.h"
 #include "Platform/Windows/ConsoleProcess.h"
+#include "Platform/Windows/ReplacedImport.h"
 
 using namespace Platform;
 
@@ -45,7 +46,25 @@ private:
     HANDLE m_screen = INVALID_HANDLE_VALUE;
 };
 
+/// A console of which the standard output is known behind its making.
+BOOL WINAPI MakeConsole()
+{
+    ::SetStdHandle(STD_OUTPUT_HANDLE, ::GetStdHandle(STD_ERROR_HANDLE));
+    return TRUE;
+}
+
 } // namespace
+
+TEST(ConsoleTest, AConsoleIsMadeAheadOfTheLookForItsOutput)
+{
+    const TReplacedImport<decltype(::AllocConsole)> made("AllocConsole", &MakeConsole);
+    const HANDLE output = ::GetStdHandle(STD_OUTPUT_HANDLE);
+    ::SetStdHandle(STD_OUTPUT_HANDLE, nullptr);
+    const bool opened = OpenConsole();
+    ::SetStdHandle(STD_OUTPUT_HANDLE, output);
+    EXPECT_TRUE(opened);
+    EXPECT_TRUE(OpenConsole());
+}
 
 TEST(ConsoleTest, WritesToTheScreenOfTheConsole)
 {

@@ -6,13 +6,27 @@
 
 #include <windows.h>
 
+#define PSAPI_VERSION 1 // or names of ours are macros for the same names in kernel32
 #include <psapi.h>
+
+#include "Platform/Windows/ReplacedImport.h"
 
 using namespace Platform;
 
 namespace {
 
 constexpr double kMiB = 1 << 20;
+
+using EnumerateFn = BOOL WINAPI(DWORD *, DWORD, DWORD *);
+
+/// What all processes would need, and not what was written.
+BOOL WINAPI EnumerateMore(DWORD * ids, DWORD room, DWORD * needed)
+{
+    for (DWORD i = 0; i < room / sizeof *ids; ++i)
+        ids[i] = i + 1;
+    *needed = 2 * room;
+    return TRUE;
+}
 
 } // namespace
 
@@ -42,6 +56,16 @@ TEST(ProcessUseTest, TheProcessorIsOneOfTheActiveOnesOfAllGroups)
     std::uint32_t processor = 0xFFFFFFFF;
     ASSERT_TRUE(CurrentProcessor(processor));
     EXPECT_LT(processor, ::GetActiveProcessorCount(ALL_PROCESSOR_GROUPS));
+}
+
+TEST(ProcessUseTest, NoMoreProcessesAreToldThanHadRoom)
+{
+    const TReplacedImport<EnumerateFn> more("EnumProcesses", &EnumerateMore);
+    std::uint32_t ids[4] = {};
+    std::uint32_t count = 0;
+    EXPECT_EQ(Success, Platform::EnumProcesses(ids, 4, count));
+    EXPECT_EQ(4u, count);
+    EXPECT_EQ(4u, ids[3]);
 }
 
 TEST(ProcessUseTest, ChildProcessesInheritNoHandleOfAProcess)

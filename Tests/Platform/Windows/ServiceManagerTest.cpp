@@ -62,6 +62,19 @@ TEST_F(ServiceManagerTest, TheHandlesLetNobodyDoMoreThanConnectAndQuery)
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, ::GetLastError());
 }
 
+TEST_F(ServiceManagerTest, WhatTheSystemRefusesIsToldWithItsError)
+{
+    const CNativeService mute(
+        ::OpenServiceA(reinterpret_cast<SC_HANDLE>(m_manager), m_name.c_str(), SERVICE_ENUMERATE_DEPENDENTS));
+    ASSERT_TRUE(static_cast<bool>(mute)) << ::GetLastError();
+    auto * const service = reinterpret_cast<Platform::ServiceHandle>(mute.Get());
+    std::vector<char> buffer(1024);
+    std::uint32_t needed = 0;
+    EXPECT_EQ(Platform::ErrorAccessDenied(), Platform::QueryServiceConfig(service, buffer.data(), 1024, needed));
+    EXPECT_EQ(Platform::ErrorAccessDenied(), Platform::QueryServiceStatus(service));
+    EXPECT_EQ(static_cast<Platform::ErrorCode>(ERROR_INVALID_HANDLE), Platform::CloseServiceManager(nullptr));
+}
+
 TEST_F(ServiceManagerTest, ADeletedServiceDoesntExist)
 {
     ASSERT_EQ(0, Sc({"delete", m_name}));
