@@ -59,6 +59,13 @@ TEST_F(LoadingTest, OnlyTheProgramItselfLoadsASharedModuleThatIsNotLoadedYet)
     EXPECT_EQ(opened.Get(), found.Get());
 }
 
+TEST_F(LoadingTest, AnExtensionsNameWithoutAFolderIsNotLookedForAmongTheSystemsLibraries)
+{
+    std::string reason;
+    EXPECT_FALSE(CModuleHandle(LoadModule(UnusedFile, reason)));
+    EXPECT_NE(std::string::npos, reason.find(UnusedFile)) << reason;
+}
+
 TEST_F(LoadingTest, ASharedModuleIsNotLookedForInTheCurrentFolderNorOnThePath)
 {
     const CTempDirectory folder;

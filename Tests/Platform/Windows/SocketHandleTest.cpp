@@ -3,12 +3,23 @@
 #include <gtest/gtest.h>
 
 #include "Platform/NetworkEnds.h"
+#include "Platform/Windows/ReplacedImport.h"
 
 #include <windows.h>
 
 namespace {
 
 using namespace NetworkEnds;
+
+decltype(::accept) * g_accept = nullptr;
+int g_resets = 0; ///< connections that have gone away in the queue
+
+SOCKET WSAAPI AcceptBehindResets(SOCKET listener, sockaddr * address, int * length)
+{
+    if (g_resets-- <= 0) return g_accept(listener, address, length);
+    ::WSASetLastError(WSAECONNRESET);
+    return INVALID_SOCKET;
+}
 
 bool IsInherited(SocketHandle socket)
 {
@@ -23,6 +34,24 @@ TEST(SocketTest, ChildProcessesInheritNone)
     EXPECT_FALSE(IsInherited(connection.client.socket.Get()));
     EXPECT_FALSE(IsInherited(connection.server.socket.Get()));
     EXPECT_FALSE(IsInherited(connection.listener.socket.Get()));
+}
+
+TEST(SocketTest, ConnectionsThatWentAwayInTheQueueWereNeverThere)
+{
+    const SEnd listener = Listen(SocketFamily::IPv4);
+    const SEnd client = StartConnect(SocketFamily::IPv4, PortOf(listener.socket.Get()));
+    ASSERT_NE(0u, listener.Await(NetAccept));
+    const TReplacedImport<decltype(::accept)> resets("accept", &AcceptBehindResets);
+    g_accept = resets.System();
+    g_resets = 2;
+    SocketHandle accepted = NoSocket;
+    EXPECT_EQ(Success, AcceptSocket(listener.socket.Get(), accepted));
+    const CSocketHandle owner(accepted);
+    EXPECT_TRUE(static_cast<bool>(owner));
+    g_resets = 1;
+    SocketHandle none = NoSocket;
+    EXPECT_EQ(ErrorWouldBlock(), AcceptSocket(listener.socket.Get(), none));
+    EXPECT_EQ(NoSocket, none);
 }
 
 TEST(SocketTest, StartsOfTheLibraryAreCounted)

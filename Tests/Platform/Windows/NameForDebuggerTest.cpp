@@ -1,0 +1,74 @@
+#include "Platform/Thread.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "Platform/Windows/ReplacedImport.h"
+
+namespace {
+
+/// What a debugger reads out of the exception.
+struct STold {
+    DWORD type;
+    LPCSTR name;
+    DWORD threadId;
+    DWORD flags;
+};
+
+BOOL g_debugged = TRUE;
+DWORD g_code = 0;
+DWORD g_type = 0;
+DWORD g_thread = 0;
+std::string g_name;
+decltype(::RaiseException) * g_raise = nullptr;
+
+BOOL WINAPI TellWhetherDebugged()
+{
+    return g_debugged;
+}
+void WINAPI Raise(DWORD code, DWORD flags, DWORD count, ULONG_PTR const * arguments)
+{
+    g_code = code;
+    if (count >= sizeof(STold) / sizeof(ULONG_PTR)) {
+        auto const & told = *reinterpret_cast<STold const *>(arguments);
+        g_type = told.type;
+        g_name = told.name;
+        g_thread = told.threadId;
+    }
+    g_raise(code, flags, count, arguments);
+}
+
+/// Names a new thread, and tells its id.
+DWORD NameAThread(char const * name)
+{
+    const TReplacedImport<decltype(::IsDebuggerPresent)> present("IsDebuggerPresent", &TellWhetherDebugged);
+    const TReplacedImport<decltype(::RaiseException)> raised("RaiseException", &Raise);
+    g_raise = raised.System();
+    g_code = 0;
+    DWORD id = 0;
+    std::thread([&] {
+        id = ::GetCurrentThreadId();
+        Platform::NameCurrentThread(name);
+    }).join();
+    return id;
+}
+
+} // namespace
+
+TEST(NameForDebuggerTest, ADebuggerIsToldByTheExceptionThatItKnowsAndOneThatDoesNotLetsTheThreadGoOn)
+{
+    g_debugged = TRUE;
+    const DWORD id = NameAThread("Thread_PollHandler");
+    EXPECT_EQ(0x406D1388u, g_code);
+    EXPECT_EQ(0x1000u, g_type);
+    EXPECT_EQ("Thread_PollHandler", g_name);
+    EXPECT_EQ(id, g_thread);
+}
+
+TEST(NameForDebuggerTest, WithoutADebuggerNothingIsRaised)
+{
+    g_debugged = FALSE;
+    NameAThread("Thread_PollHandler");
+    EXPECT_EQ(0u, g_code);
+}
