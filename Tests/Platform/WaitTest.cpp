@@ -364,6 +364,20 @@ TEST(MutexTest, SeveralMutexesOfOneThreadAreAbandonedTogether)
     EXPECT_EQ(WaitResult::Signaled, Look(released));
 }
 
+TEST(MutexTest, AnAbandonedOneAmongManyIsReportedByItsIndex)
+{
+    const CWaitableHandle event = Event(false, false);
+    const CWaitableHandle other = Mutex(false);
+    const CWaitableHandle mutex = Mutex(false);
+    RunToItsEnd([&] { Look(mutex); });
+    Look(other);
+    ASSERT_EQ(Success, ReleaseMutex(other.Get()));
+    const SWaitOutcome outcome = (CObjects() << event << mutex << other).First();
+    EXPECT_EQ(WaitResult::Abandoned, outcome.result);
+    EXPECT_EQ(1u, outcome.index);
+    EXPECT_EQ(Success, ReleaseMutex(mutex.Get()));
+}
+
 TEST(MutexTest, ClosingAnOwnedMutexIsSafeForItsOwner)
 {
     RunToItsEnd([] {

@@ -22,6 +22,23 @@ DWORD g_type = 0;
 DWORD g_thread = 0;
 std::string g_name;
 decltype(::RaiseException) * g_raise = nullptr;
+decltype(::AddVectoredExceptionHandler) * g_addHandler = nullptr;
+PVECTORED_EXCEPTION_HANDLER g_handler = nullptr;
+
+PVOID WINAPI KeepHandler(ULONG first, PVECTORED_EXCEPTION_HANDLER handler)
+{
+    g_handler = handler;
+    return g_addHandler(first, handler);
+}
+
+/// What the handler that stands meanwhile does with an exception.
+LONG AnswerTo(DWORD code)
+{
+    EXCEPTION_RECORD record{};
+    record.ExceptionCode = code;
+    EXCEPTION_POINTERS pointers{&record, nullptr};
+    return g_handler != nullptr ? g_handler(&pointers) : 4711;
+}
 
 BOOL WINAPI TellWhetherDebugged()
 {
@@ -44,7 +61,10 @@ DWORD NameAThread(char const * name)
 {
     const TReplacedImport<decltype(::IsDebuggerPresent)> present("IsDebuggerPresent", &TellWhetherDebugged);
     const TReplacedImport<decltype(::RaiseException)> raised("RaiseException", &Raise);
+    const TReplacedImport<decltype(::AddVectoredExceptionHandler)> kept("AddVectoredExceptionHandler", &KeepHandler);
     g_raise = raised.System();
+    g_addHandler = kept.System();
+    g_handler = nullptr;
     g_code = 0;
     DWORD id = 0;
     std::thread([&] {
@@ -56,7 +76,7 @@ DWORD NameAThread(char const * name)
 
 } // namespace
 
-TEST(NameForDebuggerTest, ADebuggerIsToldByTheExceptionThatItKnowsAndOneThatDoesNotLetsTheThreadGoOn)
+TEST(NameForDebuggerTest, ADebuggerIsToldByTheExceptionThatItKnows)
 {
     g_debugged = TRUE;
     const DWORD id = NameAThread("Thread_PollHandler");
@@ -64,6 +84,14 @@ TEST(NameForDebuggerTest, ADebuggerIsToldByTheExceptionThatItKnowsAndOneThatDoes
     EXPECT_EQ(0x1000u, g_type);
     EXPECT_EQ("Thread_PollHandler", g_name);
     EXPECT_EQ(id, g_thread);
+}
+
+TEST(NameForDebuggerTest, BehindADebuggerThatDoesNotKnowTheExceptionTheThreadGoesOnAndNoOtherIsPassedOver)
+{
+    g_debugged = TRUE;
+    NameAThread("name");
+    EXPECT_EQ(EXCEPTION_CONTINUE_EXECUTION, AnswerTo(0x406D1388));
+    EXPECT_EQ(EXCEPTION_CONTINUE_SEARCH, AnswerTo(STATUS_ACCESS_VIOLATION));
 }
 
 TEST(NameForDebuggerTest, WithoutADebuggerNothingIsRaised)

@@ -21,6 +21,13 @@ SOCKET WSAAPI AcceptBehindResets(SOCKET listener, sockaddr * address, int * leng
     return INVALID_SOCKET;
 }
 
+int g_resolveError = 0;
+
+INT WSAAPI FailToResolve(PCSTR, PCSTR, addrinfo const *, addrinfo **)
+{
+    return g_resolveError;
+}
+
 bool IsInherited(SocketHandle socket)
 {
     DWORD flags = HANDLE_FLAG_INHERIT;
@@ -52,6 +59,19 @@ TEST(SocketTest, ConnectionsThatWentAwayInTheQueueWereNeverThere)
     SocketHandle none = NoSocket;
     EXPECT_EQ(ErrorWouldBlock(), AcceptSocket(listener.socket.Get(), none));
     EXPECT_EQ(NoSocket, none);
+}
+
+TEST(ResolveTest, OnlyANameThatNobodyKnowsIsAHostNotFound)
+{
+    const TReplacedImport<decltype(::getaddrinfo)> failing("getaddrinfo", &FailToResolve);
+    std::vector<sockaddr_storage> addresses;
+    for (const int error : {WSAHOST_NOT_FOUND, WSATRY_AGAIN, WSANO_DATA}) {
+        g_resolveError = error;
+        const SResolveResult result = ResolveHost("name", "1", addresses);
+        EXPECT_EQ(static_cast<ErrorCode>(error), result.error);
+        EXPECT_EQ(error == WSAHOST_NOT_FOUND, result.hostNotFound) << error;
+    }
+    EXPECT_EQ(0u, addresses.size());
 }
 
 TEST(SocketTest, StartsOfTheLibraryAreCounted)
