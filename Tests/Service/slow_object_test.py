@@ -78,14 +78,14 @@ class SlowObjectTest(SnmpTest):
         self.assertEqual(5, slow.receive().values[0])
 
     def test_outstanding_work_is_bounded(self):
-        self.start(60000, "--answer-within", "2")
-        manager = self.manager()
-        manager.send(GET, [SLOW])
+        self.start(60000, "--answer-within", "5")
+        # Answers wait in the managers' sockets, none of which holds all of them.
+        managers = [self.slow_manager()] + [self.manager() for _ in range(9)]
         other = self.manager()
-        for _ in range(500):
-            manager.send(GET, [NUMBER])
+        for i in range(500):
+            managers[i % 10].send(GET, [NUMBER])
             self.assertIn(b"Linux", other.get(SYS_DESCR).values[0])  # one after the other: no datagram is lost
-        statuses = [manager.receive().status for _ in range(501)]
+        statuses = [managers[i % 10].receive().status for i in range(501)]
         self.assertEqual({GEN_ERR, RESOURCE_UNAVAILABLE}, set(statuses))
         self.assertEqual(257, statuses.count(GEN_ERR))
 
