@@ -27,10 +27,16 @@ ArcView EnterpriseOf(STrap const & trap)
     return trap.enterprise.empty() ? ArcView(kZeroDotZero) : ArcView(trap.enterprise);
 }
 
+/// Whether it is one of the standard traps, whose names don't tell the enterprise.
+bool IsGeneric(STrap const & trap)
+{
+    return trap.generic >= 0 && trap.generic < kEnterpriseSpecific;
+}
+
 /// RFC 3584, section 3.1: generic traps have names of their own, others are enterprise.0.specific.
 CArcs TrapOid(STrap const & trap)
 {
-    if (trap.generic >= 0 && trap.generic < kEnterpriseSpecific) {
+    if (IsGeneric(trap)) {
         CArcs name(std::begin(kSnmpTraps), std::end(kSnmpTraps));
         name.push_back(static_cast<Arc>(trap.generic) + 1);
         return name;
@@ -54,7 +60,7 @@ CNotification::CNotification(STrap & trap)
         const ArcView name = bindings.Name(i);
         if (!name.empty()) Add(name, bindings.TakeValue(i));
     }
-    AddOid(kSnmpTrapEnterprise, EnterpriseOf(trap));
+    if (IsGeneric(trap)) AddOid(kSnmpTrapEnterprise, EnterpriseOf(trap));
 }
 
 netsnmp_variable_list * CNotification::Append(ArcView name)

@@ -10,7 +10,8 @@
 
 namespace Service {
 
-/// A trap in the form in which it travels: sysUpTime.0, snmpTrapOID.0, its variables, snmpTrapEnterprise.0.
+/// A trap in the form in which it travels: sysUpTime.0, snmpTrapOID.0 and its variables; behind those of a generic trap
+/// snmpTrapEnterprise.0, since the name of any other tells the enterprise.
 /// Threads: the owner of the loop.
 class CNotification {
 public:

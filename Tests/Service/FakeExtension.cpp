@@ -4,6 +4,7 @@
 ///   FAKE_REGION    root, default 1.3.6.1.4.1.88417.2.49
 ///   FAKE_ROWS      rows of the table, default 10;  FAKE_COLUMNS  its columns, default 31
 ///   FAKE_SLOW_MS   how long the slow object takes, default 0
+///   FAKE_GENERIC   generic number of its traps, default 6
 ///   FAKE_FAULT     what goes wrong in queries: see kFaults
 ///   FAKE_INIT      "fail": it doesn't start; "noregion": it serves nothing
 ///   FAKE_LOG       file that gets a line for each of DllMain, SnmpExtensionInit and SnmpExtensionClose
@@ -120,6 +121,7 @@ struct SFake {
     CName region = ParseName(Setting("FAKE_REGION", "1.3.6.1.4.1.88417.2.49"));
 #endif
     std::string fault = Setting("FAKE_FAULT", "");
+    std::int32_t genericTrap = std::stoi(Setting("FAKE_GENERIC", "6"));
     unsigned slowMs = static_cast<unsigned>(std::stoul(Setting("FAKE_SLOW_MS", "0")));
     CName lastScalar;
     CName table; // root of the cells, which are table.column.row
@@ -609,7 +611,7 @@ FAKE_EXPORT std::int32_t SnmpExtensionTrap(AsnObjectIdentifier * enterprise, std
     RFC1157VarBind holder{};
     PutName(holder, g_fake->Under({2}));
     *enterprise = holder.name;
-    *genericTrap = SNMP_GENERICTRAP_ENTERSPECIFIC;
+    *genericTrap = g_fake->genericTrap;
     *specificTrap = 7;
     *timeStamp = static_cast<std::uint32_t>(Platform::TickCountMs() / 10) - g_fake->uptimeReference;
     auto * bindings = static_cast<RFC1157VarBind *>(SnmpUtilMemAlloc(2 * sizeof(RFC1157VarBind)));

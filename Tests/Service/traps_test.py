@@ -8,10 +8,13 @@ from snmp_harness import (REGION, SNMP_TRAP_ENTERPRISE, SNMP_TRAP_OID, SYS_DESCR
 
 BURST = REGION + (1, 13, 0)
 TEXT = REGION + (1, 2, 0)
+COLD_START = (1, 3, 6, 1, 6, 3, 1, 1, 5, 1)
 WRITERS = "rwcommunity private 127.0.0.1\n"
 
 
 class TrapTest(SnmpTest):
+    VARIABLES = [REGION + (1, 1, 0), TEXT]
+
     def start(self, *arguments, config="", **settings):
         self.service = self.start_service("--config", self.file("service.conf", WRITERS + config), *arguments, **settings)
         self.writer = self.manager(community="private")
@@ -26,10 +29,20 @@ class TrapTest(SnmpTest):
         self.assertTrue(holds_within(lambda: receiver.messages))
         (message,) = receiver.messages
         self.assertEqual((1, "public"), (message.version, message.community))
-        self.assertEqual([SYS_UP_TIME, SNMP_TRAP_OID, REGION + (1, 1, 0), TEXT, SNMP_TRAP_ENTERPRISE], message.names)
-        ticks, trap, number, text, enterprise = message.values
-        self.assertEqual((REGION + (2, 0, 7), 1, b"trap 1", REGION + (2,)), (trap, number, text, enterprise))
+        self.assertEqual([SYS_UP_TIME, SNMP_TRAP_OID] + self.VARIABLES, message.names)
+        ticks, trap, number, text = message.values
+        self.assertEqual((REGION + (2, 0, 7), 1, b"trap 1"), (trap, number, text))
         self.assertLess(ticks, self.writer.get(SYS_UP_TIME).values[0] + 100)
+
+    def test_the_enterprise_of_a_generic_trap_follows_its_variables(self):
+        first, second = self.receiver(), self.receiver()
+        self.start(config=f"trapsink 127.0.0.1:{first.port}\ntrap2sink 127.0.0.1:{second.port}\n", FAKE_GENERIC="0")
+        self.burst(1)
+        self.assertTrue(holds_within(lambda: first.messages and second.messages))
+        old, new = first.messages[0], second.messages[0]
+        self.assertEqual((0, REGION + (2,)), (old.generic, old.enterprise))
+        self.assertEqual([SYS_UP_TIME, SNMP_TRAP_OID] + self.VARIABLES + [SNMP_TRAP_ENTERPRISE], new.names)
+        self.assertEqual([COLD_START, REGION + (2,)], [new.values[1], new.values[-1]])
 
     def test_traps_carry_the_community(self):
         receiver = self.receiver()
@@ -54,6 +67,7 @@ class TrapTest(SnmpTest):
         old, new = first.messages[0], second.messages[0]
         self.assertEqual((0, "one", REGION + (2,), 6, 7),
                          (old.version, old.community, old.enterprise, old.generic, old.specific))
+        self.assertEqual(self.VARIABLES, old.names)
         self.assertEqual((1, "public"), (new.version, new.community))
 
     def logged(self, service):
