@@ -80,6 +80,7 @@ private:
         if (!InitAgent(error)) return Fail(error);
         m_agent.ReleaseMessages();
         if (m_agent.ConfigComplaints() != 0) return Fail("the configuration " + m_options.config + " has errors");
+        if (!m_agent.AddTrapSinks(m_options, error)) return Fail(error);
         std::string files;
         for (auto const & library : m_libraries)
             files += " " + library->File();

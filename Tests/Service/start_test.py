@@ -111,6 +111,11 @@ class StartTest(SnmpTest):
         self.assertNotEqual(0, result.returncode)
         self.assertIn("nosuchtoken", result.stderr)
 
+    def test_check_finds_a_receiver_of_traps_that_is_no_address(self):
+        result = self.run_service("--check", "--library", self.extension, "--trap-sink", "nonsense:1:2")
+        self.assertEqual((1, ""), (result.returncode, result.stdout))
+        self.assertIn("kxra-snmpd: send traps to nonsense:1:2: no such address\n", result.stderr)
+
     def test_term_and_int_end_in_order_with_status_0(self):
         for how in (signal.SIGTERM, signal.SIGINT):
             log = self.file(f"log{how}")
